@@ -1,0 +1,34 @@
+// Helpers shared by the matrix core's own files.
+#pragma once
+#include <cmath>
+
+#include "arklib/matrix.h"
+
+namespace ak_internal {
+
+// A double truncated towards zero, of which the low byte is kept; non-finite values give 0.
+inline unsigned char to_byte(double v) {
+    double t = std::trunc(v);
+    if (!(std::fabs(t) < 9.2e18)) return 0;
+    return static_cast<unsigned char>(static_cast<long long>(t));
+}
+
+// Element k (zero-based) of a numeric matrix as a byte.
+inline unsigned char element_byte(const Mm& m, int k) {
+    if (m.flags.type == ak_uchar) return static_cast<const unsigned char*>(m.pr)[k];
+    return to_byte(static_cast<const double*>(m.pr)[k]);
+}
+
+// Where a checked accessor points after a reported failure, so that a returning error handler
+// never leads to an access outside the storage.
+double& scratch_double();
+unsigned char& scratch_byte();
+Mm& scratch_matrix();
+
+// The filler of free slots in a field-name table: only a non-null mark.
+extern const char* const field_filler;
+
+// Values of the constant objects; runs at load time and again at initM2.
+void init_const();
+
+}  // namespace ak_internal

@@ -1,0 +1,9 @@
+// arklib: runtime library of translated M-file programs. The one header a translated program
+// includes.
+#pragma once
+
+#include "arklib/ops.h"
+#include "arklib/memory.h"
+#include "arklib/error.h"
+#include "arklib/matrix.h"
+#include "arklib/sparse.h"

@@ -1,0 +1,304 @@
+// The matrix value: a small head over reference-counted element storage.
+#pragma once
+#include <cstddef>
+#include <new>
+
+#include "arklib/error.h"
+#include "arklib/memory.h"
+#include "arklib/ops.h"
+
+// Element type of a matrix.
+enum ak_matrix_types {
+    ak_no_type = 0,  // declared, no value yet: reading it is an error
+    ak_double = 1,   // IEEE double; strings are doubles with the str flag
+    ak_uchar = 2,    // unsigned char
+    ak_mm = 3        // Mm elements: a cell array, or with a field table a structure
+};
+
+// The flag record of a matrix, copied as a whole.
+struct M_types {
+    int str;
+    int sparse;
+    int logical;
+    int scalar_var;     // has held nothing but a real full scalar since it was declared
+    int workspace_var;  // registered at a scope level below 2
+    int global;
+    ak_matrix_types type;
+};
+
+// Marker that separates inputs from output references in a call: f(a, b, i_o, out2, out3).
+struct i_o_t {
+    int unused[2];
+};
+extern i_o_t i_o;
+
+// When set (by ak_set_AK), reference counts change atomically and the runtime locks are taken.
+extern int multi_task;
+
+class Mr;
+class Mc;
+
+class Mm {
+public:
+    // The head. Field order is part of the binary contract with translated programs.
+    int ndims;            // 2, 3 or 4; -1 after destruction
+    int dims[4];          // sizes; trailing entries 1, or all 0 when empty
+    int p;                // capacity in elements, at least nnz
+    int* refs;            // shared reference count of the storage
+    void* pr;             // real half: double, unsigned char or Mm elements
+    void* pi;             // imaginary half, null for a real matrix
+    int nnz;              // stored elements: the product of dims when full
+    int* index;           // sparse only: zero-based column-major position of each entry
+    const char* name;     // variable name, not owned; null for a temporary
+    const char** fields;  // field names of a structure, else null
+    int nfields;
+    int classid;    // registered user class, 0 for none
+    Mm* shadowed;   // the same-named variable this one hides in the scope table
+    M_types flags;
+
+    // ---- construction ------------------------------------------------------------------------
+    Mm();
+    Mm(double v);
+    Mm(int complex, int sparse, int nnz, int rows, int cols, ak_matrix_types type);
+    Mm(int complex, int sparse, int nnz, int ndims, const int* dims, ak_matrix_types type);
+    Mm(const char* name, int rows, int cols);
+    Mm(i_o_t, const char* name, int global);
+    Mm(const Mm& src);
+    Mm(const Mm& src, const char* name);
+    Mm(const Mc& list);                       // matrix and cell literals
+    Mm(const Mr& ref, int report = 1);        // resolves a subscript expression for reading
+    Mm(int complex, const Mm& a, const Mm& b, const Mm& dim, op_t op, int do_dim, Mm& extra);  // engine
+    ~Mm();
+
+    Mm& operator=(const Mm& src);
+
+    static void* operator new(std::size_t size) noexcept;
+    static void* operator new(std::size_t, void* where) noexcept { return where; }
+    static void operator delete(void* p) noexcept;
+    static void operator delete(void*, void*) noexcept {}
+
+    // ---- storage -----------------------------------------------------------------------------
+    // Allocates storage for nnz elements of flags.type after the shape has been set; every
+    // constructor ends here.
+    void storage_alloc(int complex, int sparse);
+    // Releases the storage; runs when the reference count reaches 0.
+    void storage_free();
+
+    // ---- shape -------------------------------------------------------------------------------
+    int& getndims() { return ndims; }
+    int* getdims() { return dims; }
+    const int* getdims() const { return dims; }
+    int rows() const { return dims[0]; }
+    int cols() const { return dims[1]; }
+    int getp() const { return p; }
+    int& getnnz() { return nnz; }
+    int getnnz() const { return nnz; }
+    int* getindex() const { return index; }
+    int size() const {
+        return (ndims >= 2 && ndims <= 4) ? dims[0] * dims[1] * dims[2] * dims[3] : -1;
+    }
+    int size(int d) const;
+    int length() const;
+    int nsingleton() const;
+    int vectordim() const;
+    void collapse();
+    int dirty() const { return refs ? *refs - 1 : 0; }
+
+    // ---- flags and identity ------------------------------------------------------------------
+    const char* getname() const { return name; }
+    void setname(const char* n) { name = n; }
+    int issamename(const char* n) const { return name == n; }
+    const char** getfields() const { return fields; }
+    int getnfields() const { return nfields; }
+    int getclassid() const { return classid; }
+    void setclassid(int id) { classid = id; }
+    M_types& getflags() { return flags; }
+    const M_types& getflags() const { return flags; }
+    ak_matrix_types gettype() const { return flags.type; }
+    int isc() const { return pi != nullptr; }
+    int isstr() const { return flags.str; }
+    void setstr(int on) { flags.str = on; }
+    int issparse() const { return flags.sparse; }
+    void setsparse(int on) { flags.sparse = on; }
+    int islogical() const { return flags.logical; }
+    void setlogical(int on) { flags.logical = on; }
+    int isglobal() const { return flags.global; }
+    int isstruct() const { return fields != nullptr; }
+
+    // ---- unchecked element addresses (1-based) -----------------------------------------------
+    double* getpr(double*) const { return static_cast<double*>(pr); }
+    unsigned char* getpr(unsigned char*) const { return static_cast<unsigned char*>(pr); }
+    Mm* getpr(Mm*) const { return static_cast<Mm*>(pr); }
+    double* getpi(double*) const { return static_cast<double*>(pi); }
+    unsigned char* getpi(unsigned char*) const { return static_cast<unsigned char*>(pi); }
+    Mm* getpi(Mm*) const { return static_cast<Mm*>(pi); }
+    template <typename T>
+    T* getpr(T* t, int k) const { return getpr(t) + (k - 1); }
+    template <typename T>
+    T* getpi(T* t, int k) const { return getpi(t) + (k - 1); }
+    template <typename T>
+    T* getpr(T* t, int row, int col) const { return getpr(t) + ((col - 1) * dims[0] + row - 1); }
+    template <typename T>
+    T* getpi(T* t, int row, int col) const { return getpi(t) + ((col - 1) * dims[0] + row - 1); }
+    double* addr() const { return static_cast<double*>(pr); }
+    double* addr(int k) const { return addr() + (k - 1); }
+    double* addr(int row, int col) const { return addr() + ((col - 1) * dims[0] + row - 1); }
+    double* addi() const { return static_cast<double*>(pi); }
+    double* addi(int k) const { return addi() + (k - 1); }
+    double* addi(int row, int col) const { return addi() + ((col - 1) * dims[0] + row - 1); }
+
+    // ---- checked element access ---------------------------------------------------------------
+    double& r() const;
+    double& r(double k) const;
+    double& r(double row, double col) const;
+    double& r(double row, double col, double depth) const;
+    double& i() const;
+    double& i(double k) const;
+    double& i(double row, double col) const;
+    double& i(double row, double col, double depth) const;
+    unsigned char& ur(int k) const;
+    unsigned char& ur(int row, int col) const;
+    Mm& mr(int k) const;
+    Mm& mr(int row, int col) const;
+
+    // ---- copying and complexity ---------------------------------------------------------------
+    void deepcopy(int complex, int sparse, const Mm& src, ak_matrix_types type);
+    void deepcopy(int complex, const Mm& src, ak_matrix_types type);
+    void deepcopy(const Mm& src, ak_matrix_types type);
+    int getcomplex();
+    int getreal(int force);
+    Mm safebr(int k) const;
+    void warn_uninit() const;
+
+    // ---- structure fields ---------------------------------------------------------------------
+    int findfield(const char* field, int report) const;
+    const char* getfield(int k) const;
+    int addfield(const char* field, int force);
+    int rmfield(const char* field);
+    void extend_nfields(int n);
+
+    // ---- shape changes ------------------------------------------------------------------------
+    void reshape(int rows, int cols);
+    void reshape(int n, const int* d);
+
+    // ---- sparse bookkeeping -------------------------------------------------------------------
+    int search(int pos) const;
+    void sort();
+    void resparse();
+    void extend_nnz(int n);
+
+    // ---- subscripts: x(i,...), x{i,...}, x.name ------------------------------------------------
+    Mr operator()(const Mm& i1) const;
+    Mr operator()(const Mm& i1, const Mm& i2) const;
+    Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3) const;
+    Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const;
+    Mr br(const Mm& i1) const;
+    Mr br(const Mm& i1, const Mm& i2) const;
+    Mr br(const Mm& i1, const Mm& i2, const Mm& i3) const;
+    Mr br(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const;
+    Mr member(const char* field) const;
+
+    // ---- indexed assignment routes ------------------------------------------------------------
+    void vwcopy1(const Mm& y, const Mm& i1);
+    void vwcopy2(const Mm& y, const Mm& i1, const Mm& i2);
+    void vwcopyn(const Mr& ref, Mm y);
+    void vwcopy0(const Mr& ref);
+
+private:
+    void init_head(int nd, ak_matrix_types type);
+    void set_full_shape(int nd, const int* d, long long limit);
+    void drop_ref();
+};
+
+// ---- reference counting ------------------------------------------------------------------------
+inline void ak_ref_raise(int* refs) {
+    if (multi_task)
+        __atomic_add_fetch(refs, 1, __ATOMIC_ACQ_REL);
+    else
+        ++*refs;
+}
+inline int ak_ref_drop(int* refs) {
+    return multi_task ? __atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) : --*refs;
+}
+
+// Scope tracking: the scope table registers declared variables while this is set.
+extern int ak_scope_tracking;
+void ak_scope_register(Mm* m);
+void ak_scope_unregister(Mm* m);
+
+// The text every message prints for a matrix: its name, "=%d" of a scalar, or "(temporary)".
+const char* display_name(const Mm& m);
+
+// A string matrix of the text: 1 x strlen, or 0x0 for "", with the str flag.
+Mm TM(const char* text);
+// The characters of m (each element truncated to a byte, column-major) as a C string of at most
+// size-1 characters. Returns buffer.
+char* Mstr(const Mm& m, char* buffer, int size);
+
+// ---- marker recognition --------------------------------------------------------------------------
+// Markers are told apart by the identity of their name pointer, remembered at start-up.
+extern const char* ak_colon_name;
+extern const char* ak_semi_name;
+extern const char* ak_lM_name;
+inline bool is_colon(const Mm& m) { return m.name != nullptr && m.name == ak_colon_name; }
+inline bool is_semi(const Mm& m) { return m.name != nullptr && m.name == ak_semi_name; }
+inline bool is_lM(const Mm& m) { return m.name != nullptr && m.name == ak_lM_name; }
+
+// ---- exported constant objects, in their order of construction -----------------------------------
+extern Mm TICTOC, ans, i, j, pi, Inf, NaN, eps, x_M, semi, c_p, nop_M, one_M, zero_M, l_M;
+extern Mm page_screen_output, implicit_str_to_num_ok, empty_list_elements_ok, switchvar;
+
+// ---- the plain matrix record exchanged with the graphics engine ----------------------------------
+struct miniM {
+    int ndims;
+    int dims[4];
+    int str;
+    double* data;
+
+    miniM();
+    miniM(const miniM& shape, int str);  // copies ndims and dims, then allocates
+    miniM(int ndims, const int* dims, int str);
+    void setsize(int rows, int cols, int depth);
+    void setsize(int n, const int* d);
+    void alloc();
+    void free();
+    int size() const;
+    double* addr(int k);
+    double& r(int k);
+};
+
+// ---- inline fast paths -----------------------------------------------------------------------------
+inline Mm::Mm(const Mm& s)
+    : ndims(s.ndims),
+      p(s.p),
+      refs(s.refs),
+      pr(s.pr),
+      pi(s.pi),
+      nnz(s.nnz),
+      index(s.index),
+      name(nullptr),
+      fields(s.fields),
+      nfields(s.nfields),
+      classid(s.classid),
+      shadowed(nullptr),
+      flags(s.flags) {
+    dims[0] = s.dims[0];
+    dims[1] = s.dims[1];
+    dims[2] = s.dims[2];
+    dims[3] = s.dims[3];
+    flags.workspace_var = 0;
+    flags.global = 0;
+    if (refs) ak_ref_raise(refs);
+}
+
+inline void Mm::drop_ref() {
+    if (refs && ak_ref_drop(refs) == 0) storage_free();
+}
+
+inline Mm::~Mm() {
+    if (ak_scope_tracking) ak_scope_unregister(this);
+    ndims = -1;
+    if (!refs || ak_ref_drop(refs) != 0) return;
+    storage_free();
+    if (flags.scalar_var && nnz == 1 && name && (ak_default_error_flags & 8)) ak_debug_handler('s', name);
+}
