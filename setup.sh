@@ -26,7 +26,7 @@ if [ "${ARKLIB_SANITIZE:-0}" = 1 ]; then
   build=build-asan; extra=(-DARKLIB_SANITIZE=ON -DARKLIB_BENCH=OFF)
 fi
 jobs=$(nproc)
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${extra[@]}"
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DARKLIB_STRICT_LINK=ON "${extra[@]}"
 cmake --build "$build" -j "$jobs"
 
 case "$mode" in
