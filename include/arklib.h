@@ -7,3 +7,5 @@
 #include "arklib/error.h"
 #include "arklib/matrix.h"
 #include "arklib/sparse.h"
+#include "arklib/cells.h"
+#include "arklib/strings.h"
