@@ -6,6 +6,7 @@
 #include "arklib/memory.h"
 #include "arklib/error.h"
 #include "arklib/matrix.h"
+#include "arklib/subscript.h"
 #include "arklib/sparse.h"
 #include "arklib/cells.h"
 #include "arklib/strings.h"

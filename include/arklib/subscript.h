@@ -1,0 +1,223 @@
+// Subscript references: x(i,...), x{i,...}, x.name and every chain of them build an Mr, which does
+// no work until it is converted to Mm (a read) or assigned to (a write).
+#pragma once
+#include "arklib/matrix.h"
+
+// Kind of a reference: the character code of its opening token.
+enum Mr_idx_type {
+    Mr_paren = 40,   // ( ordinary subscript
+    Mr_brace = 123,  // { cell content subscript
+    Mr_dot = 46,     // . structure member
+    Mr_unset = 63    // ? default-constructed, never resolved
+};
+
+// The static result of a read that failed: a named matrix without a value.
+extern Mm nothing;
+
+// The value an index of another element type stands for: the user class's "subsindex" for an object
+// or structure, else the index as doubles.
+Mm subsindex(const Mm& x);
+
+// A reference to a base matrix (or, when chained, to the value of an outer reference) and up to four
+// index matrices. It holds raw pointers and takes no reference counts: it must not outlive the
+// statement that built it.
+class Mr {
+public:
+    int n;                    // number of index matrices, 0 to 4; -1 when default-constructed
+    Mr_idx_type type;         // kind of the reference
+    const char* member_name;  // member of an Mr_dot reference (not owned), else null
+    int chained;              // 1 when the base is the value of another reference
+    mutable Mm* base;         // the matrix subscripted; for a chain a temporary of one read or write
+    const Mr* parent;         // the outer reference of a chain, else null
+    int owned[4];             // idx[k] was converted by this reference and is deleted with it
+    const Mm* idx[4];         // the index matrices in argument order
+
+    Mr() : n(-1), type(Mr_unset), member_name(nullptr), chained(0), base(nullptr), parent(nullptr) { clear(); }
+
+    // x() : the whole base.
+    explicit Mr(const Mm& b) : n(0), type(Mr_paren), member_name(nullptr) { on_matrix(b); }
+    // x.name
+    Mr(const Mm& b, const char* name) : n(0), type(Mr_dot), member_name(name) { on_matrix(b); }
+    // r.name
+    Mr(const Mr& p, const char* name) : n(0), type(Mr_dot), member_name(name) { on_ref(p); }
+
+    // x(i), x{i} and their forms with more indices. A cell as the only ( ) subscript selects through
+    // its elements and overwrites the base with the selection.
+    Mr(Mr_idx_type t, const Mm& b, const Mm& i1) : n(1), type(t), member_name(nullptr) {
+        on_matrix(b);
+        if (i1.flags.type == ak_double) {
+            idx[0] = &i1;
+        } else if (t == Mr_paren && i1.flags.type == ak_mm) {
+            n = 0;
+            select_by_cell(i1);
+        } else {
+            convert(0, i1);
+        }
+    }
+    Mr(Mr_idx_type t, const Mm& b, const Mm& i1, const Mm& i2) : n(2), type(t), member_name(nullptr) {
+        on_matrix(b);
+        set(0, i1);
+        set(1, i2);
+    }
+    Mr(Mr_idx_type t, const Mm& b, const Mm& i1, const Mm& i2, const Mm& i3)
+        : n(3), type(t), member_name(nullptr) {
+        on_matrix(b);
+        set(0, i1);
+        set(1, i2);
+        set(2, i3);
+    }
+    Mr(Mr_idx_type t, const Mm& b, const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4)
+        : n(4), type(t), member_name(nullptr) {
+        on_matrix(b);
+        set(0, i1);
+        set(1, i2);
+        set(2, i3);
+        set(3, i4);
+    }
+
+    // r(i), r{i}, ... : the base is the value of the outer reference r.
+    Mr(Mr_idx_type t, const Mr& p, const Mm& i1) : n(1), type(t), member_name(nullptr) {
+        on_ref(p);
+        set(0, i1);
+    }
+    Mr(Mr_idx_type t, const Mr& p, const Mm& i1, const Mm& i2) : n(2), type(t), member_name(nullptr) {
+        on_ref(p);
+        set(0, i1);
+        set(1, i2);
+    }
+    Mr(Mr_idx_type t, const Mr& p, const Mm& i1, const Mm& i2, const Mm& i3)
+        : n(3), type(t), member_name(nullptr) {
+        on_ref(p);
+        set(0, i1);
+        set(1, i2);
+        set(2, i3);
+    }
+    Mr(Mr_idx_type t, const Mr& p, const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4)
+        : n(4), type(t), member_name(nullptr) {
+        on_ref(p);
+        set(0, i1);
+        set(1, i2);
+        set(2, i3);
+        set(3, i4);
+    }
+
+    // A copy frees nothing: only the first reference owns the indices it converted.
+    Mr(const Mr& r)
+        : n(r.n), type(r.type), member_name(r.member_name), chained(r.chained), base(r.base), parent(r.parent) {
+        for (int k = 0; k < 4; ++k) {
+            owned[k] = 0;
+            idx[k] = r.idx[k];
+        }
+    }
+
+    ~Mr() {
+        for (int k = 0; k < n; ++k)
+            if (owned[k]) delete idx[k];
+        member_name = nullptr;
+        base = nullptr;
+        parent = nullptr;
+    }
+
+    // Assignment through the reference: x(i) = y. A reference on the right is read completely
+    // before the write starts.
+    Mr& operator=(const Mm& y);
+    Mr& operator=(const Mr& y);
+
+    // Chains: r(i), r{i}, r.name.
+    Mr operator()(const Mm& i1) const { return Mr(Mr_paren, *this, i1); }
+    Mr operator()(const Mm& i1, const Mm& i2) const { return Mr(Mr_paren, *this, i1, i2); }
+    Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3) const { return Mr(Mr_paren, *this, i1, i2, i3); }
+    Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const {
+        return Mr(Mr_paren, *this, i1, i2, i3, i4);
+    }
+    Mr br(const Mm& i1) const { return Mr(Mr_brace, *this, i1); }
+    Mr br(const Mm& i1, const Mm& i2) const { return Mr(Mr_brace, *this, i1, i2); }
+    Mr br(const Mm& i1, const Mm& i2, const Mm& i3) const { return Mr(Mr_brace, *this, i1, i2, i3); }
+    Mr br(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const {
+        return Mr(Mr_brace, *this, i1, i2, i3, i4);
+    }
+    Mr member(const char* name) const { return Mr(*this, name); }
+
+    // Number of elements of the value read (reporting faults).
+    int size() const;
+
+private:
+    void clear() {
+        for (int k = 0; k < 4; ++k) {
+            owned[k] = 0;
+            idx[k] = nullptr;
+        }
+    }
+    // A subscripted variable is no longer a candidate for the end-of-life scalar report.
+    void on_matrix(const Mm& b) {
+        chained = 0;
+        base = const_cast<Mm*>(&b);
+        parent = nullptr;
+        base->flags.scalar_var = 0;
+        clear();
+    }
+    void on_ref(const Mr& p) {
+        chained = 1;
+        base = nullptr;
+        parent = &p;
+        clear();
+    }
+    // Double indices are used as they are; any other element type is converted once, here.
+    void set(int k, const Mm& i) {
+        if (i.flags.type == ak_double)
+            idx[k] = &i;
+        else
+            convert(k, i);
+    }
+    void convert(int k, const Mm& i);
+    void select_by_cell(const Mm& cell);
+};
+
+// ---- user classes and subscripts ---------------------------------------------------------------------
+// The structure handed to a class's subsref and subsasgn: field "type" ("()", ".", "{}" or "?") and
+// field "subs" (the member name, or a 1 x n cell of the indices, a colon as the string ":").
+Mm build_subs_descriptor(const Mr& r);
+Mm subsref(const Mm& x);
+Mm subsref(const Mm& x, const Mm& s);
+Mm subsasgn(const Mm& x);
+Mm subsasgn(const Mm& x, const Mm& s);
+Mm subsasgn(const Mm& x, const Mm& s, const Mm& v);
+
+// ---- shape and subscript functions -------------------------------------------------------------------
+// [i, j, ...] = ind2sub(siz, ndx): subscripts of linear indices; the last output takes the rest of
+// the dimensions. No bounds are checked. The forms with outputs return x_M.
+Mm ind2sub();
+Mm ind2sub(const Mm& siz);
+Mm ind2sub(const Mm& siz, const Mm& ndx);
+Mm ind2sub(const Mm& siz, const Mm& ndx, i_o_t, Mm& i, Mm& j);
+Mm ind2sub(const Mm& siz, const Mm& ndx, i_o_t, Mm& i, Mm& j, Mm& k);
+Mm ind2sub(const Mm& siz, const Mm& ndx, i_o_t, Mm& i, Mm& j, Mm& k, Mm& l);
+// Linear indices of subscripts. No bounds are checked.
+Mm sub2ind();
+Mm sub2ind(const Mm& siz);
+Mm sub2ind(const Mm& siz, const Mm& i);
+Mm sub2ind(const Mm& siz, const Mm& i, const Mm& j);
+Mm sub2ind(const Mm& siz, const Mm& i, const Mm& j, const Mm& k);
+Mm sub2ind(const Mm& siz, const Mm& i, const Mm& j, const Mm& k, const Mm& l);
+Mm permute(const Mm& x);
+Mm permute(const Mm& x, const Mm& order);
+Mm ipermute(const Mm& x);
+Mm ipermute(const Mm& x, const Mm& order);
+Mm diag(const Mm& x);
+Mm diag(const Mm& x, const Mm& k);
+Mm squeeze(const Mm& x);
+Mm ndims(const Mm& x);
+// Turns data stored in C order (last subscript fastest) into column-major order of the same shape.
+Mm row2col(const Mm& x);
+// The 0-based dimension that a dim argument of function names over x: 0 means the first
+// non-singleton dimension. An empty, non-positive or too large dim is reported and gives 0.
+int normalize_dim_argument(const char* function, const Mm& x, const Mm& dim);
+
+// The colon family: colon() is a plain copy of c_p (not a colon index); colon(a, b) is a:b and
+// colon(a, s, b) is a:s:b as a row; an empty range gives nop_M.
+Mm colon();
+Mm colon(const Mm& x);
+Mm colon(const Mm& a, const Mm& b);
+Mm colon(const Mm& a, const Mm& s, const Mm& b);
+Mm colon(double a, double b);
+Mm colon(double a, double s, double b);
