@@ -51,15 +51,22 @@ bool is_vector_shape(const Mm& m) {
     return above <= 1;
 }
 
+// Reads one size argument; see read_size_arguments. A value that cannot be read gives 0x0.
 int read_one(const char* fname, const Mm& x, int dims[4]) {
     int n = x.size();
-    if (n == 1) {
-        if (!readable(fname, x)) return 2;
+    bool scalar = n == 1;
+    bool sizes = n >= 2 && n <= 4 && is_vector_shape(x);
+    if (x.flags.type == ak_no_type || scalar || sizes) {
+        if (!readable(fname, x)) {
+            dims[0] = dims[1] = 0;
+            return 2;
+        }
+    }
+    if (scalar) {
         dims[0] = dims[1] = size_from_double(element_value(x, 0));
         return 2;
     }
-    if (n >= 2 && n <= 4 && is_vector_shape(x)) {
-        if (!readable(fname, x)) return 2;
+    if (sizes) {
         for (int k = 0; k < n; ++k) dims[k] = size_from_double(element_value(x, k));
         return n;
     }
@@ -77,7 +84,7 @@ int read_size_arguments(const char* fname, int count, const Mm* const args[], in
     for (int k = 0; k < count; ++k) {
         const Mm& a = *args[k];
         int n = a.size();
-        if (n < 1) {
+        if (n < 1 && a.flags.type != ak_no_type) {
             dims[k] = 0;
             continue;
         }

@@ -1,0 +1,359 @@
+// randM, randn and randperm: state handling, seeding, the normal generator's tables, and the
+// distributions of long runs.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "arklib.h"
+#include "test_support.h"
+
+namespace {
+
+std::vector<double> values(const Mm& m) {
+    const double* p = m.addr();
+    return std::vector<double>(p, p + m.nnz);
+}
+
+Mm column_of(const std::vector<double>& v) {
+    Mm m(0, 0, 0, static_cast<int>(v.size()), 1, ak_double);
+    std::copy(v.begin(), v.end(), m.addr());
+    return m;
+}
+
+std::vector<double> uniform_draws(int n) {
+    std::vector<double> v(n);
+    for (double& x : v) x = randM();
+    return v;
+}
+
+// Kolmogorov-Smirnov statistic D * sqrt(n) of the sample against the distribution function cdf.
+template <typename F>
+double ks_statistic(std::vector<double> v, F cdf) {
+    std::sort(v.begin(), v.end());
+    const double n = static_cast<double>(v.size());
+    double d = 0.0;
+    for (std::size_t k = 0; k < v.size(); ++k) {
+        double f = cdf(v[k]);
+        d = std::max({d, f - k / n, (k + 1) / n - f});
+    }
+    return d * std::sqrt(n);
+}
+
+double normal_cdf(double x) { return 0.5 * std::erfc(-x / std::sqrt(2.0)); }
+
+void mean_and_variance(const std::vector<double>& v, double& mean, double& var) {
+    mean = 0.0;
+    for (double x : v) mean += x;
+    mean /= v.size();
+    var = 0.0;
+    for (double x : v) var += (x - mean) * (x - mean);
+    var /= v.size() - 1;
+}
+
+}  // namespace
+
+TEST(RandomTables, QuotedRowsAndLayout) {
+    const double* V = ak_internal::randn_table_V();
+    const double* T = ak_internal::randn_table_T();
+    const double* W = ak_internal::randn_table_W();
+    const double first_V[] = {0.68189, 0.9146292, 1.0795586, 1.2124854, 1.3263382};
+    for (int k = 0; k < 5; ++k) EXPECT_EQ(V[k], first_V[k]) << "V[" << k << "]";
+    for (int k = 61; k <= 64; ++k) EXPECT_EQ(V[k], 5.5539884) << "V[" << k << "]";
+    EXPECT_EQ(V[65], 0.0);
+    const double first_T[] = {0.2327392, 0.1649294, 0.1329268, 0.1138528};
+    for (int k = 0; k < 4; ++k) EXPECT_EQ(T[k], first_T[k]) << "T[" << k << "]";
+
+    // The edges rise, each layer's width is its difference, and W scales the next edge by 2^-32.
+    for (int k = 0; k < 64; ++k) {
+        EXPECT_LE(V[k], V[k + 1]) << k;
+        EXPECT_NEAR(T[k], V[k + 1] - V[k], 1e-12) << k;
+        EXPECT_EQ(W[k], V[k + 1] * std::ldexp(1.0, -32)) << k;
+    }
+    // Every layer above the block at the bottom has the same area: (edge) * (rise of the density).
+    auto f = [](double x) { return std::exp(-0.5 * x * x); };
+    const double area = std::sqrt(std::acos(-1.0) / 2.0) / 64.0;
+    for (int k = 0; k <= 60; ++k) {
+        double lo = V[k] / 2, hi = V[k + 1] / 2;
+        EXPECT_NEAR(hi * (f(lo) - f(hi)), area, 2e-7) << k;
+    }
+}
+
+TEST(RandomState, StartStateAndSeeding) {
+    randM("state", 0);
+    Mm s = randM("state");
+    ASSERT_EQ(s.rows(), 35);
+    ASSERT_EQ(s.cols(), 1);
+    std::vector<double> z = values(s);
+    for (int k = 0; k < 32; ++k) {
+        EXPECT_GE(z[k], 0.0);
+        EXPECT_LT(z[k], 1.0);
+        EXPECT_EQ(std::ldexp(z[k], 53), std::floor(std::ldexp(z[k], 53))) << "not a multiple of 2^-53";
+    }
+    EXPECT_EQ(z[32], 0.0);                   // borrow
+    EXPECT_EQ(z[33], 0.0);                   // table index
+    EXPECT_EQ(z[34], std::ldexp(1.0, -21));  // 0x80000000 * 2^-52
+
+    // A scalar seed only sets the shift register; the table always restarts from the same values.
+    const struct {
+        double seed;
+        double word;
+    } seeds[] = {{5, 5}, {-1, 4294967295.0}, {4294967296.0, 4294967295.0}, {NAN, 4294967295.0},
+                 {123456.9, 123456}, {-4294967295.0, 1}};
+    for (auto c : seeds) {
+        randM("state", c.seed);
+        std::vector<double> t = values(randM("state"));
+        EXPECT_EQ(t[34], c.word * std::ldexp(1.0, -52)) << c.seed;
+        EXPECT_TRUE(std::equal(z.begin(), z.begin() + 32, t.begin())) << c.seed;
+    }
+
+    // Different seeds give different streams: the register's bits are mixed into every output.
+    randM("state", 1);
+    double a = randM();
+    randM("state", 2);
+    EXPECT_NE(a, randM());
+}
+
+TEST(RandomState, ReproducibleStreamsAndRoundTrip) {
+    randM("state", 5);
+    std::vector<double> first = values(randM(1, 50));
+    randM("state", 5);
+    EXPECT_EQ(values(randM(1, 50)), first);
+
+    // A matrix draw is the same as that many scalar draws, in storage order.
+    randM("state", 5);
+    Mm m = randM(Mm(3.0), Mm(4.0), Mm(2.0));
+    randM("state", 5);
+    EXPECT_EQ(values(m), uniform_draws(24));
+
+    // Saving and restoring the state, mid-stream, changes nothing.
+    randM("state", 3);
+    uniform_draws(37);
+    Mm saved = randM("state");
+    std::vector<double> next = uniform_draws(100);
+    EXPECT_EQ(randM("state", saved).size(), 0);
+    EXPECT_EQ(values(randM("state")), values(saved));
+    EXPECT_EQ(uniform_draws(100), next);
+
+    // A borrow in the saved state survives the trip: find a state with the borrow set.
+    randM("state", 3);
+    Mm with_borrow;
+    for (int k = 0; k < 1000; ++k) {
+        with_borrow = randM("state");
+        if (with_borrow.addr()[32] != 0.0) break;
+        randM();
+    }
+    ASSERT_EQ(with_borrow.addr()[32], std::ldexp(1.0, -53));
+    next = uniform_draws(64);
+    randM("state", with_borrow);
+    EXPECT_EQ(uniform_draws(64), next);
+}
+
+TEST(RandomState, SeedGeneratorAndModeSwitch) {
+    randM("seed", 0);
+    EXPECT_EQ(randM("seed").r(), 1144108930.0);  // 931316785 scrambled: the start seed
+    std::vector<double> from_zero = uniform_draws(20);
+    randM("seed", 931316785);
+    EXPECT_EQ(uniform_draws(20), from_zero);
+    // The seed generator: seed * 16807 mod (2^31 - 1), scaled by 1 / (2^31 - 1).
+    EXPECT_DOUBLE_EQ(from_zero[0], 0.21895918632809036);
+    // Scrambling: bit 15 clear, so only the halves swap: 7 becomes 7 * 2^16.
+    randM("seed", 7.9);
+    EXPECT_EQ(randM("seed").r(), 458752.0);
+
+    // A "state" call brings the state generator back, "seed" switches again.
+    randM("state", 0);
+    double state_first = randM();
+    randM("seed", 0);
+    EXPECT_EQ(randM(), from_zero[0]);
+    randM("state", 0);
+    EXPECT_EQ(randM(), state_first);
+
+    // randn's seed is its own.
+    randn("seed", 0);
+    randM("seed", 7);
+    EXPECT_EQ(randn("seed").r(), 1144108930.0);
+    randn("state", 0);
+    randM("state", 0);
+}
+
+TEST(RandomState, NormalStateWords) {
+    randn("state", 7);
+    std::vector<double> a = values(randn(1, 200));
+    randn("state", 8);
+    EXPECT_EQ(values(randn(1, 200)), a);  // a scalar restores the start words whatever its value
+    randn("state", 0);
+    std::vector<double> words = values(randn("state"));
+    ASSERT_EQ(words.size(), 2u);
+    EXPECT_EQ(words[0], 362436069.0);
+    EXPECT_EQ(words[1], 521288629.0);
+
+    randn(1, 33);
+    Mm saved = randn("state");
+    std::vector<double> next = values(randn(5, 7));
+    randn("state", saved);
+    EXPECT_EQ(values(randn(5, 7)), next);
+    // Matrix and scalar draws agree.
+    randn("state", saved);
+    for (double v : next) EXPECT_EQ(randn(), v);
+}
+
+TEST(RandomState, BadStateVectors) {
+    EXPECT_ERROR(randM("state", zeros(34.0, 1.0)), "rand('state',y): y must be scalar or 35-element state vector");
+    EXPECT_ERROR(randM("state", Mm()), "rand('state',y): y must be scalar or 35-element state vector");
+    EXPECT_ERROR(randn("state", zeros(3.0, 1.0)), "randn('state',y): y must be scalar or 2-element state vector");
+    EXPECT_ERROR(randM("seed", Mm()), "rand('seed',y): y must be a number");
+    // A state vector with an index out of range is kept within the table.
+    Mm s = randM("state");
+    s.deepcopy(s, ak_double);
+    s.addr()[33] = 1000 * std::ldexp(1.0, -52);
+    randM("state", s);
+    double v = randM();
+    EXPECT_TRUE(v >= 0.0 && v < 1.0);
+    randM("state", 0);
+}
+
+TEST(RandomShapes, SizeForms) {
+    EXPECT_EQ(randM(0.0).size(), 0);
+    Mm r23 = randM(Mm(2.0), Mm(3.0));
+    EXPECT_EQ(r23.rows(), 2);
+    EXPECT_EQ(r23.cols(), 3);
+    Mm v(0, 0, 0, 1, 2, ak_double);
+    v.addr()[0] = 2;
+    v.addr()[1] = 3;
+    Mm from_vector = randM(v);
+    EXPECT_EQ(from_vector.rows(), 2);
+    EXPECT_EQ(from_vector.cols(), 3);
+    Mm three_d = randn(Mm(2.0), Mm(3.0), Mm(4.0));
+    EXPECT_EQ(three_d.ndims, 3);
+    EXPECT_EQ(three_d.dims[2], 4);
+    EXPECT_EQ(randM(zeros(3.0, 5.0)).cols(), 5);  // a matrix argument gives its own size
+    EXPECT_EQ(randn(2.6).rows(), 3);
+    EXPECT_EQ(randM(-4.0).size(), 0);
+    // Another string is a size: "ab" is a 97 x 98 request.
+    EXPECT_EQ(randM(TM("ab")).rows(), 97);
+}
+
+TEST(RandomDistribution, UniformMillion) {
+    randM("state", 0);
+    const int n = 1000000;
+    std::vector<double> v = values(randM(1.0, static_cast<double>(n)));
+    ASSERT_TRUE(std::all_of(v.begin(), v.end(), [](double x) { return x >= 0.0 && x < 1.0; }));
+    double mean, var;
+    mean_and_variance(v, mean, var);
+    EXPECT_NEAR(mean, 0.5, 0.002);
+    EXPECT_NEAR(var, 1.0 / 12.0, 0.001);
+
+    // Chi-square over 100 bins (99 degrees of freedom), and over the lowest byte of the bit pattern,
+    // which the register's mixing must make uniform too (256 bins).
+    std::vector<double> bins(100, 0.0), low(256, 0.0);
+    for (double x : v) {
+        bins[static_cast<int>(x * 100)] += 1;
+        std::uint64_t bits;
+        std::memcpy(&bits, &x, sizeof bits);
+        low[bits & 255] += 1;
+    }
+    auto chi2 = [n](const std::vector<double>& b) {
+        double e = static_cast<double>(n) / b.size(), s = 0;
+        for (double c : b) s += (c - e) * (c - e) / e;
+        return s;
+    };
+    EXPECT_LT(chi2(bins), 180.0);
+    EXPECT_LT(chi2(low), 380.0);
+    EXPECT_LT(ks_statistic(v, [](double x) { return x; }), 1.95);
+
+    // Successive pairs are not correlated.
+    double c = 0;
+    for (int k = 1; k < n; ++k) c += (v[k] - 0.5) * (v[k - 1] - 0.5);
+    EXPECT_NEAR(c / (n - 1) * 12.0, 0.0, 0.01);
+}
+
+TEST(RandomDistribution, NormalMillionAndTails) {
+    randn("state", 0);
+    const int n = 1000000;
+    std::vector<double> v = values(randn(static_cast<double>(n), 1.0));
+    double mean, var;
+    mean_and_variance(v, mean, var);
+    EXPECT_NEAR(mean, 0.0, 0.006);
+    EXPECT_NEAR(var, 1.0, 0.01);
+    EXPECT_LT(ks_statistic(v, normal_cdf), 1.95);
+
+    // Tails, with expected counts of a million draws: |x| > 2.777 (the tail start) 5487,
+    // |x| > 3 2700, |x| > 4 63. Bounds are about five standard deviations wide.
+    int beyond_start = 0, beyond3 = 0, beyond4 = 0, positive_tail = 0;
+    double largest = 0;
+    for (double x : v) {
+        double a = std::fabs(x);
+        beyond_start += a > 2.776994;
+        beyond3 += a > 3;
+        beyond4 += a > 4;
+        positive_tail += x > 3;
+        largest = std::max(largest, a);
+    }
+    EXPECT_NEAR(beyond_start, 5487, 370);
+    EXPECT_NEAR(beyond3, 2700, 260);
+    EXPECT_NEAR(beyond4, 63, 40);
+    EXPECT_NEAR(positive_tail, 1350, 185);
+    EXPECT_GT(largest, 4.2);
+
+    // Both halves of the wedge region: between the rectangle edges the density must still match.
+    int inner = 0;
+    for (double x : v) inner += std::fabs(x) > 1.0 && std::fabs(x) < 1.1;
+    double expected = n * 2 * (normal_cdf(1.1) - normal_cdf(1.0));
+    EXPECT_NEAR(inner, expected, 5 * std::sqrt(expected));
+}
+
+TEST(RandomDistribution, NormalSeedGenerator) {
+    randn("seed", 1);
+    const int n = 100000;
+    std::vector<double> v = values(randn(static_cast<double>(n), 1.0));
+    double mean, var;
+    mean_and_variance(v, mean, var);
+    EXPECT_NEAR(mean, 0.0, 0.02);
+    EXPECT_NEAR(var, 1.0, 0.03);
+    EXPECT_LT(ks_statistic(v, normal_cdf), 1.95);
+    randn("state", 0);
+}
+
+TEST(RandomThreads, LockedDrawsLoseNothing) {
+    randM("state", 9);
+    std::vector<double> single = uniform_draws(20001);
+    randM("state", 9);
+    multi_task = 1;
+    std::vector<double> got(20000);
+    std::thread a([&] {
+        for (int k = 0; k < 10000; ++k) got[k] = randM();
+    });
+    std::thread b([&] {
+        Mm m = randM(1.0, 10000.0);
+        std::copy(m.addr(), m.addr() + 10000, got.begin() + 10000);
+    });
+    a.join();
+    b.join();
+    double after = randM();
+    multi_task = 0;
+    // Every draw of the single-threaded stream was handed out exactly once.
+    std::sort(got.begin(), got.end());
+    std::vector<double> expect(single.begin(), single.begin() + 20000);
+    std::sort(expect.begin(), expect.end());
+    EXPECT_EQ(got, expect);
+    EXPECT_EQ(after, single[20000]);
+}
+
+TEST(RandomPermutation, IsTheSortIndexOfUniformDraws) {
+    randM("state", 11);
+    Mm p = randperm(Mm(10.0));
+    ASSERT_EQ(p.rows(), 1);
+    ASSERT_EQ(p.cols(), 10);
+    std::vector<double> seen = values(p);
+    std::sort(seen.begin(), seen.end());
+    for (int k = 0; k < 10; ++k) EXPECT_EQ(seen[k], k + 1);
+
+    randM("state", 11);
+    Mm y, i;
+    sort(randM(1.0, 10.0), i_o, y, i);
+    EXPECT_EQ(values(p), values(i));
+    EXPECT_EQ(randperm(Mm(0.0)).size(), 0);
+}

@@ -1,0 +1,285 @@
+// sort, sortrows and the two sorters: NaN and Inf placement, stable indices, complex ties, shapes.
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "arklib.h"
+#include "test_support.h"
+
+namespace {
+
+Mm shaped(std::vector<int> dims, std::vector<double> v) {
+    Mm m(0, 0, 0, static_cast<int>(dims.size()), dims.data(), ak_double);
+    std::copy(v.begin(), v.end(), m.addr());
+    return m;
+}
+Mm row(std::vector<double> v) { return shaped({1, static_cast<int>(v.size())}, v); }
+Mm col(std::vector<double> v) { return shaped({static_cast<int>(v.size()), 1}, v); }
+
+Mm complex_col(std::vector<double> re, std::vector<double> im) {
+    Mm m(1, 0, 0, static_cast<int>(re.size()), 1, ak_double);
+    std::copy(re.begin(), re.end(), m.addr());
+    std::copy(im.begin(), im.end(), m.addi());
+    return m;
+}
+
+std::vector<double> re(const Mm& m) { return std::vector<double>(m.addr(), m.addr() + m.nnz); }
+std::vector<double> im(const Mm& m) { return std::vector<double>(m.addi(), m.addi() + m.nnz); }
+std::vector<int> shape(const Mm& m) { return std::vector<int>(m.dims, m.dims + m.ndims); }
+
+std::string text(const Mm& m) {
+    char buffer[256];
+    return Mstr(m, buffer, sizeof buffer);
+}
+
+// Values equal, NaN matching NaN.
+::testing::AssertionResult same_values(const std::vector<double>& got, const std::vector<double>& want) {
+    if (got.size() != want.size()) return ::testing::AssertionFailure() << "sizes differ";
+    for (std::size_t k = 0; k < got.size(); ++k) {
+        bool ok = std::isnan(want[k]) ? std::isnan(got[k]) : got[k] == want[k];
+        if (!ok) return ::testing::AssertionFailure() << "element " << k << ": " << got[k] << " vs " << want[k];
+    }
+    return ::testing::AssertionSuccess();
+}
+
+const double inf = INFINITY;
+
+}  // namespace
+
+TEST(SortValues, NaNAndInfPlacement) {
+    EXPECT_TRUE(same_values(re(sort(row({3, NAN, 1}))), {1, 3, NAN}));
+    EXPECT_TRUE(same_values(re(sort(row({inf, NAN}))), {inf, NAN}));
+    EXPECT_TRUE(same_values(re(sort(col({NAN, -inf, 0, inf, NAN, -2}))), {-inf, -2, 0, inf, NAN, NAN}));
+
+    Mm y, i;
+    sort(row({NAN, 2, NAN}), i_o, y, i);
+    EXPECT_TRUE(same_values(re(y), {2, NAN, NAN}));
+    EXPECT_EQ(re(i), (std::vector<double>{2, 1, 3}));
+    // NaN orders as Inf among the real values and keeps its row number in the last places.
+    sort(col({NAN, inf, 1}), i_o, y, i);
+    EXPECT_TRUE(same_values(re(y), {1, inf, NAN}));
+    EXPECT_EQ(re(i), (std::vector<double>{3, 1, 2}));
+}
+
+TEST(SortValues, ColumnsShapesAndKinds) {
+    // Each column by itself; a row vector along its length, staying a row for values and index.
+    Mm m = shaped({3, 2}, {3, 1, 2, 9, 7, 8});
+    EXPECT_EQ(re(sort(m)), (std::vector<double>{1, 2, 3, 7, 8, 9}));
+    EXPECT_EQ(shape(sort(m)), (std::vector<int>{3, 2}));
+    Mm y, i;
+    sort(row({4, 1, 3}), i_o, y, i);
+    EXPECT_EQ(shape(y), (std::vector<int>{1, 3}));
+    EXPECT_EQ(shape(i), (std::vector<int>{1, 3}));
+    EXPECT_EQ(re(i), (std::vector<double>{2, 3, 1}));
+    EXPECT_EQ(shape(sort(col({2, 1}))), (std::vector<int>{2, 1}));
+    // A 3-d matrix keeps its shape.
+    Mm cube = shaped({2, 1, 2}, {5, 4, 1, 2});
+    EXPECT_EQ(shape(sort(cube)), (std::vector<int>{2, 1, 2}));
+    EXPECT_EQ(re(sort(cube)), (std::vector<double>{4, 5, 1, 2}));
+
+    // Strings stay strings, bytes stay bytes, sparse input gives a full result.
+    Mm s = sort(TM("banana"));
+    EXPECT_TRUE(s.isstr());
+    EXPECT_EQ(text(s), "aaabnn");
+    sort(TM("cab"), i_o, y, i);
+    EXPECT_EQ(text(y), "abc");
+    EXPECT_EQ(re(i), (std::vector<double>{2, 3, 1}));
+    Mm bytes(0, 0, 0, 3, 1, ak_uchar);
+    unsigned char* b = static_cast<unsigned char*>(bytes.pr);
+    b[0] = 9, b[1] = 250, b[2] = 3;
+    Mm sb = sort(bytes);
+    ASSERT_EQ(sb.gettype(), ak_uchar);
+    EXPECT_EQ(static_cast<unsigned char*>(sb.pr)[0], 3);
+    EXPECT_EQ(static_cast<unsigned char*>(sb.pr)[2], 250);
+    Mm sp = sparse(col({0, 3, 0, -1}));
+    EXPECT_FALSE(sort(sp).issparse());
+    EXPECT_EQ(re(sort(sp)), (std::vector<double>{-1, 0, 0, 3}));
+    sort(sp, i_o, y, i);
+    EXPECT_EQ(re(y), (std::vector<double>{-1, 0, 0, 3}));
+    EXPECT_EQ(re(i), (std::vector<double>{4, 1, 3, 2}));
+
+    // Empty input: empty results; the input is never written through.
+    EXPECT_EQ(sort(Mm()).size(), 0);
+    sort(Mm(), i_o, y, i);
+    EXPECT_EQ(y.size(), 0);
+    EXPECT_EQ(i.size(), 0);
+    Mm shared = col({3, 2, 1});
+    Mm alias = shared;
+    sort(shared);
+    sort(shared, i_o, y, i);
+    EXPECT_EQ(re(alias), (std::vector<double>{3, 2, 1}));
+}
+
+TEST(SortValues, MatchesStdSortOnManyInputs) {
+    std::mt19937_64 gen(42);
+    std::vector<int> sizes = {1, 2, 6, 7, 8, 40, 41, 100, 1000, 100000};
+    for (int n : sizes) {
+        for (int kind = 0; kind < 6; ++kind) {
+            std::vector<double> v(n);
+            for (int k = 0; k < n; ++k) {
+                switch (kind) {
+                    case 0: v[k] = std::uniform_real_distribution<double>(-1, 1)(gen); break;
+                    case 1: v[k] = static_cast<double>(gen() % 5); break;  // many ties
+                    case 2: v[k] = k; break;                               // sorted
+                    case 3: v[k] = n - k; break;                           // reversed
+                    case 4: v[k] = k < n / 2 ? k : n - k; break;           // organ pipe
+                    default: v[k] = 7.0; break;                            // all equal
+                }
+            }
+            std::vector<double> want = v;
+            std::sort(want.begin(), want.end());
+            std::vector<double> got = v;
+            ak_internal::sort_column(got.data(), n);
+            EXPECT_EQ(got, want) << "n=" << n << " kind=" << kind;
+        }
+    }
+}
+
+TEST(SortIndex, StableOnTies) {
+    Mm y, i;
+    sort(row({2, 1, 2, 1}), i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{2, 4, 1, 3}));
+
+    // Against std::stable_sort on inputs with many ties, both for the fast path of real keys and
+    // for the shell sort.
+    std::mt19937_64 gen(7);
+    for (int n : {5, 13, 14, 41, 1000, 50000}) {
+        std::vector<double> v(n);
+        for (double& x : v) x = static_cast<double>(gen() % 17) - 8.0;
+        v[n / 2] = -0.0;  // equal to 0: it keeps its place among the zeros
+        sort(col(v), i_o, y, i);
+        std::vector<int> want(n);
+        std::iota(want.begin(), want.end(), 0);
+        std::stable_sort(want.begin(), want.end(), [&](int a, int b) { return v[a] < v[b]; });
+        for (int k = 0; k < n; ++k) {
+            ASSERT_EQ(i.addr()[k], want[k] + 1) << "n=" << n << " k=" << k;
+            ASSERT_EQ(y.addr()[k], v[want[k]]);
+        }
+        // The shell sort itself: an all-zero second key leaves the stopping rule that of real keys.
+        std::vector<int> order(n);
+        std::vector<double> zero(n, 0.0);
+        ak_internal::index_sort(v.data(), zero.data(), n, order.data());
+        EXPECT_EQ(order, want) << "n=" << n;
+    }
+}
+
+TEST(SortIndex, ComplexByModulusThenPhase) {
+    Mm y, i;
+    // Distinct moduli.
+    sort(complex_col({3, 0, -1}, {4, 2, 0}), i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{3, 2, 1}));
+    EXPECT_EQ(re(y), (std::vector<double>{-1, 0, 3}));
+    EXPECT_EQ(im(y), (std::vector<double>{0, 2, 4}));
+    // Equal moduli met in row order are ordered by phase.
+    sort(complex_col({-5, 0, 5}, {0, 5, 0}), i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{3, 2, 1}));
+    // The shell sort's rule decides ties whose phase and row order disagree: with five values of
+    // modulus 5 the gap-4 pass moves row 5 ahead of row 1, after which no phase comparison
+    // separates them again, and the column comes back in its first order.
+    Mm five = complex_col({-5, 3, 0, -3, 5}, {0, 4, 5, 4, 0});
+    sort(five, i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{1, 2, 3, 4, 5}));
+    EXPECT_EQ(re(y), (std::vector<double>{-5, 3, 0, -3, 5}));
+    // One output gives the same values.
+    EXPECT_EQ(re(sort(five)), re(y));
+    EXPECT_EQ(im(sort(five)), im(y));
+    // A complex NaN is not moved to the end: NaN compares false, so it never stops moving left.
+    sort(complex_col({1, NAN, 2}, {0, 1, 0}), i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{2, 1, 3}));
+    EXPECT_TRUE(std::isnan(y.addr()[0]));
+    EXPECT_EQ(y.addi()[0], 1.0);
+}
+
+TEST(SortDimension, AlongEachDimension) {
+    // 2 x 2 x 3, values chosen so that each dimension gives a different result.
+    std::vector<double> v = {4, 3, 2, 1, 9, 0, 5, 8, 6, 7, 1, 2};
+    Mm x = shaped({2, 2, 3}, v);
+    Mm y, i;
+    sort(x, Mm(3.0), i_o, y, i);
+    EXPECT_EQ(shape(y), (std::vector<int>{2, 2, 3}));
+    EXPECT_EQ(shape(i), (std::vector<int>{2, 2, 3}));
+    for (int pos = 0; pos < 4; ++pos) {
+        std::vector<double> line = {v[pos], v[pos + 4], v[pos + 8]};
+        std::vector<int> order = {0, 1, 2};
+        std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return line[a] < line[b]; });
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_EQ(y.addr()[pos + 4 * k], line[order[k]]);
+            EXPECT_EQ(i.addr()[pos + 4 * k], order[k] + 1);
+        }
+    }
+    sort(x, Mm(2.0), i_o, y, i);
+    EXPECT_EQ(re(y), (std::vector<double>{2, 1, 4, 3, 5, 0, 9, 8, 1, 2, 6, 7}));
+    EXPECT_EQ(re(i), (std::vector<double>{2, 2, 1, 1, 2, 1, 1, 2, 2, 2, 1, 1}));
+    EXPECT_EQ(re(sort(x, Mm(1.0))), (std::vector<double>{3, 4, 1, 2, 0, 9, 5, 8, 6, 7, 1, 2}));
+    // 0 is the first non-singleton dimension: along the row of a row vector.
+    EXPECT_EQ(re(sort(row({3, 1, 2}), Mm(0.0))), (std::vector<double>{1, 2, 3}));
+    EXPECT_EQ(re(sort(row({3, 1, 2}), Mm(1.0))), (std::vector<double>{3, 1, 2}));
+    // NaN placement and complex values along a dimension too.
+    EXPECT_TRUE(same_values(re(sort(row({NAN, 1, -inf}), Mm(2.0))), {-inf, 1, NAN}));
+
+    EXPECT_ERROR(sort(x, Mm()), "sort: dim argument may not be empty");
+    EXPECT_ERROR(sort(x, Mm(4.0)), "sort: dim argument may not be more then the number of dimensions");
+    EXPECT_ERROR(sort(x, Mm(-1.0)), "sort: dim argument must be positive");
+}
+
+TEST(SortRows, KeyColumns) {
+    Mm x = shaped({4, 2}, {3, 1, 3, 1, 1, 2, 0, 1});  // rows (3,1) (1,2) (3,0) (1,1)
+    Mm y, i;
+    sortrows(x, i_o, y, i);
+    EXPECT_EQ(re(y), (std::vector<double>{1, 1, 3, 3, 1, 2, 0, 1}));
+    EXPECT_EQ(re(i), (std::vector<double>{4, 2, 3, 1}));
+    sortrows(x, Mm(2.0), i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{3, 1, 4, 2}));  // ties keep row order
+    sortrows(x, row({2, 1}), i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{3, 4, 1, 2}));
+    EXPECT_EQ(re(sortrows(x, row({2, 1}))), re(y));
+    EXPECT_EQ(shape(i), (std::vector<int>{4, 1}));
+    // NaN in a key column goes last; complex keys by modulus.
+    Mm withnan = shaped({3, 1}, {NAN, 2, 1});
+    EXPECT_TRUE(same_values(re(sortrows(withnan)), {1, 2, NAN}));
+    Mm c = complex_col({0, 2, 1}, {3, 0, 0});
+    sortrows(c, i_o, y, i);
+    EXPECT_EQ(re(i), (std::vector<double>{3, 2, 1}));
+    EXPECT_EQ(im(y), (std::vector<double>{0, 0, 3}));
+
+    // A string matrix stays a string matrix.
+    Mm words = shaped({3, 2}, {'b', 'a', 'b', 'y', 'z', 'x'});
+    words.setstr(1);
+    Mm sw = sortrows(words);
+    EXPECT_TRUE(sw.isstr());
+    EXPECT_EQ(re(sw), (std::vector<double>{'a', 'b', 'b', 'z', 'x', 'y'}));
+
+    EXPECT_ERROR(sortrows(x, Mm(3.0)),
+                 "(temporary)((temporary),=3): col index out of matrix. Index was 3 but indexed matrix has 2 columns.");
+    EXPECT_ERROR(sortrows(x, Mm(0.0)),
+                 "(temporary)((temporary),=0): col index out of matrix. Index was 0 but indexed matrix has 2 columns.");
+    sortrows(Mm(), i_o, y, i);
+    EXPECT_EQ(y.size(), 0);
+    EXPECT_EQ(i.size(), 0);
+}
+
+TEST(SortStrings, CellOfStrings) {
+    const Mm* list[3];
+    Mm a = TM("pear"), b = TM("apple"), c = TM("fig");
+    list[0] = &a, list[1] = &b, list[2] = &c;
+    Mm names = cell_from_array(3, list);
+    Mm y, i;
+    sort(names, i_o, y, i);
+    ASSERT_EQ(y.gettype(), ak_mm);
+    ASSERT_EQ(y.nnz, 3);
+    EXPECT_EQ(text(y.mr(1)), "apple");
+    EXPECT_EQ(text(y.mr(2)), "fig");
+    EXPECT_EQ(text(y.mr(3)), "pear");
+    EXPECT_EQ(re(i), (std::vector<double>{2, 3, 1}));
+    Mm one = sort(names);
+    EXPECT_EQ(text(one.mr(1)), "apple");
+
+    // A cell that is not all strings does not sort.
+    Mm mixed_list[2] = {TM("x"), Mm(1.0)};
+    const Mm* mixed_ptrs[2] = {&mixed_list[0], &mixed_list[1]};
+    EXPECT_ERROR(sort(cell_from_array(2, mixed_ptrs)), "sort: numeric data expected, but matrix (temporary) is not");
+}
