@@ -18,12 +18,13 @@ inline void set(double& rr, double& ri, double re, double im) {
 }
 
 // Whole quotient nearest to q >= 0, the noise test of rem and mod: n is floor(q), plus 1 when the
-// fraction is at least one half; the quotient counts as exact when n lies within eps*q of q.
+// fraction is at least one half; the quotient counts as exact when n lies strictly within eps*q of
+// q. The distance n - q is exact in doubles, whereas q + eps*q would round back onto n (0.3/0.1).
 inline bool whole_within_noise(double q) {
     if (!(q >= 0)) return false;  // a negative quotient never passes
     double n = std::floor(q);
     if (q - n >= 0.5) n += 1.0;
-    return n > q - k_eps * q && n < q + k_eps * q;
+    return std::fabs(n - q) < k_eps * q;
 }
 
 // sin(pi x), exact at the whole numbers and accurate for large x: the argument is reduced to

@@ -12,9 +12,9 @@ namespace ak_internal {
 namespace {
 
 constexpr double k_pi = 3.141592653589793;
-constexpr double k_euler = 0.5772156649015329;            // Euler-Mascheroni constant
-constexpr double k_ln_sqrt_2pi = 0.9189385332046728;      // log(sqrt(2 pi))
-constexpr double k_sqrt_pi = 1.7724538509055160;          // sqrt(pi)
+constexpr double k_euler = 0.5772156649015329;             // Euler-Mascheroni constant
+constexpr double k_ln_sqrt_2pi = 0.9189385332046728;       // log(sqrt(2 pi))
+constexpr double k_sqrt_pi = 1.7724538509055160;           // sqrt(pi)
 constexpr double k_two_over_sqrt_pi = 1.1283791670955126;  // 2 / sqrt(pi)
 constexpr double k_tiny = 1e-300;                          // keeps the modified Lentz method off 0
 
