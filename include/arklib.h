@@ -15,3 +15,4 @@
 #include "arklib/constructors.h"
 #include "arklib/random.h"
 #include "arklib/sort.h"
+#include "arklib/elementary.h"
