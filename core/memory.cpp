@@ -10,10 +10,9 @@
 #include <cstring>
 
 #include "arklib/error.h"
+#include "arklib/matrix.h"
 #include "core/locks.h"
 #include "core/memory_internal.h"
-
-extern int multi_task;
 
 namespace ak_internal {
 
@@ -230,9 +229,10 @@ AK_NO_ASAN void* large_alloc(std::size_t n) {
     // holds the distance, and the rest of the gap is cleared so it never looks like a pool head.
     std::size_t distance = 8 - (reinterpret_cast<std::uintptr_t>(start) & 7);
     unsigned char* user = start + distance;
+    unpoison(start, n);  // a kept block is poisoned while it waits
     std::memset(start, 0, distance - 1);
     user[-1] = static_cast<unsigned char>(distance);
-    unpoison(user, n - request_overhead);
+    poison(start, distance);
     return user;
 }
 

@@ -103,10 +103,10 @@ private:
     struct unaligned_ptr {
         unsigned char* p;
     } __attribute__((packed));
-    static unsigned char* load_link(const unsigned char* block) {
+    AK_NO_ASAN static unsigned char* load_link(const unsigned char* block) {
         return reinterpret_cast<const unaligned_ptr*>(block)->p;
     }
-    static void store_link(unsigned char* block, unsigned char* next) {
+    AK_NO_ASAN static void store_link(unsigned char* block, unsigned char* next) {
         reinterpret_cast<unaligned_ptr*>(block)->p = next;
     }
     static int ceil_log2(std::size_t x) { return x <= 1 ? 0 : 64 - __builtin_clzll(x - 1); }
