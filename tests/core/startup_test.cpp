@@ -7,6 +7,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -297,6 +298,29 @@ TEST(Lifetime, ExitMClosesTheGraphicsSide) {
     Mm a(2.0);
     Mm b = a;
     EXPECT_EQ(b.dirty(), 1);
+}
+
+TEST(Lifetime, ExitAndQuitEndTheProcessAfterExitM) {
+    auto body = [](bool use_quit) {
+        return [use_quit] {
+            ak_engine_table t{};
+            t.qor_exit = [](int code) { std::printf("engine exit %d\n", code); };
+            ak_engine_install(t);
+            std::printf("before\n");
+            if (use_quit)
+                quit();
+            else
+                exit();
+            std::printf("after\n");
+            _exit(9);
+        };
+    };
+    for (bool use_quit : {false, true}) {
+        Child c = run_child(body(use_quit));
+        ASSERT_TRUE(WIFEXITED(c.status)) << c.out;
+        EXPECT_EQ(WEXITSTATUS(c.status), 0);
+        EXPECT_EQ(c.out, "before\nengine exit " + std::to_string(ak_scope_tracking) + "\n");
+    }
 }
 
 TEST(Lifetime, SetAKSwitchesMultiTask) {
