@@ -85,7 +85,8 @@ void source_line(char* out, std::size_t size) {
 void located_form(char* out, std::size_t size, const char* m) {
     char line[ak_message_size];
     source_line(line, sizeof line);
-    format_into(out, size, "%s %s %d: '%s'\n%s\n\n", "Error", error_file ? error_file : "", error_line, line, m);
+    format_into(out, size, "%s %s %d: '%s'\n%s\n\n", "Error", error_file ? error_file : "", error_line, line,
+                m);
 }
 
 // Appends to `text` (length `len`, buffer `size`) as far as it fits; returns the new length.

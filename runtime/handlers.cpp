@@ -33,7 +33,9 @@ void default_logmessage_handler(const char* text) {
     print("\n");
 }
 
-void default_debug_handler(int code, const char* text) { std::printf("DEBUG:%c %s\n", code, text ? text : ""); }
+void default_debug_handler(int code, const char* text) {
+    std::printf("DEBUG:%c %s\n", code, text ? text : "");
+}
 
 // One line of keyboard input, without its line end; an empty line at end of input.
 void default_input_handler(char* buffer, int size) {

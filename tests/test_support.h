@@ -23,7 +23,7 @@ namespace ak_test {
 // Sets error flag bit 4 and puts the default error handler in place (without marking a handler as
 // set). Restores both flag words and the handler on exit, and drops an error report left pending.
 class ErrorsThrow {
-public:
+  public:
     ErrorsThrow()
         : error_flags_(ak_default_error_flags),
           warning_flags_(ak_default_warning_flags),
@@ -40,7 +40,7 @@ public:
     ErrorsThrow(const ErrorsThrow&) = delete;
     ErrorsThrow& operator=(const ErrorsThrow&) = delete;
 
-private:
+  private:
     unsigned error_flags_, warning_flags_;
     ak_text_handler_t handler_;
 };
@@ -48,7 +48,7 @@ private:
 // Replaces the output handlers with recording ones and puts the previous handlers back on exit.
 // Recorders nest: the innermost one records.
 class Recorder {
-public:
+  public:
     enum What : unsigned { kPrint = 1, kWarnings = 2, kMessages = 4, kErrors = 8 };
     explicit Recorder(unsigned what = kPrint | kWarnings | kMessages) : outer_(active()) {
         active() = this;
@@ -79,7 +79,7 @@ public:
     std::string printed;  // everything given to the print handler, concatenated
     std::vector<std::string> warnings, messages, errors;
 
-private:
+  private:
     static Recorder*& active() {
         static Recorder* current = nullptr;
         return current;
@@ -104,30 +104,30 @@ private:
 
 }  // namespace ak_test
 
-#define EXPECT_ERROR(statement, text)                                                  \
-    do {                                                                               \
-        ::ak_test::ErrorsThrow ak_guard_;                                              \
-        bool ak_thrown_ = false;                                                       \
-        std::string ak_caught_;                                                        \
-        try {                                                                          \
-            statement;                                                                 \
-        } catch (char* ak_message_) {                                                  \
-            ak_thrown_ = true;                                                         \
-            ak_caught_ = ak_message_;                                                  \
-        }                                                                              \
-        if (!ak_thrown_) {                                                             \
-            ADD_FAILURE() << "no error reported by: " #statement;                      \
-        } else {                                                                       \
-            EXPECT_EQ(std::string(text), ak_caught_) << "reported by: " #statement;    \
-        }                                                                              \
+#define EXPECT_ERROR(statement, text)                                               \
+    do {                                                                            \
+        ::ak_test::ErrorsThrow ak_guard_;                                           \
+        bool ak_thrown_ = false;                                                    \
+        std::string ak_caught_;                                                     \
+        try {                                                                       \
+            statement;                                                              \
+        } catch (char* ak_message_) {                                               \
+            ak_thrown_ = true;                                                      \
+            ak_caught_ = ak_message_;                                               \
+        }                                                                           \
+        if (!ak_thrown_) {                                                          \
+            ADD_FAILURE() << "no error reported by: " #statement;                   \
+        } else {                                                                    \
+            EXPECT_EQ(std::string(text), ak_caught_) << "reported by: " #statement; \
+        }                                                                           \
     } while (0)
 
-#define EXPECT_NO_ERROR(statement)                                                         \
-    do {                                                                                   \
-        ::ak_test::ErrorsThrow ak_guard_;                                                  \
-        try {                                                                              \
-            statement;                                                                     \
-        } catch (char* ak_message_) {                                                      \
-            ADD_FAILURE() << #statement " reported the error: " << ak_message_;            \
-        }                                                                                  \
+#define EXPECT_NO_ERROR(statement)                                              \
+    do {                                                                        \
+        ::ak_test::ErrorsThrow ak_guard_;                                       \
+        try {                                                                   \
+            statement;                                                          \
+        } catch (char* ak_message_) {                                           \
+            ADD_FAILURE() << #statement " reported the error: " << ak_message_; \
+        }                                                                       \
     } while (0)
