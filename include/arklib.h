@@ -15,4 +15,5 @@
 #include "arklib/constructors.h"
 #include "arklib/random.h"
 #include "arklib/sort.h"
+#include "arklib/arith.h"
 #include "arklib/elementary.h"

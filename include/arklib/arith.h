@@ -1,0 +1,202 @@
+// Element-wise arithmetic, comparison and logic, the functions of one element, the operations along
+// a dimension, and the matrix product. Every element-wise form runs the engine constructor of Mm.
+//
+// Names that are C++ keywords or alternative tokens take a letter: mand (&), mor (|), mnot (~),
+// mxor (xor), mbitand (bitand), mbitor (bitor). A form with a number of inputs that the language
+// function does not take exists only to report it ("lt does not accept 1 input").
+#pragma once
+#include "arklib/matrix.h"
+
+// ---- operators -------------------------------------------------------------------------------------
+Mm operator+(const Mm& a, const Mm& b);
+Mm operator-(const Mm& a, const Mm& b);
+Mm operator*(const Mm& a, const Mm& b);  // the matrix product, mtimes
+Mm operator<(const Mm& a, const Mm& b);
+Mm operator>(const Mm& a, const Mm& b);
+Mm operator<=(const Mm& a, const Mm& b);
+Mm operator>=(const Mm& a, const Mm& b);
+Mm operator==(const Mm& a, const Mm& b);
+Mm operator!=(const Mm& a, const Mm& b);
+Mm operator&&(const Mm& a, const Mm& b);  // element-wise, both operands are evaluated
+Mm operator||(const Mm& a, const Mm& b);
+Mm operator!(const Mm& a);
+Mm operator-(const Mm& a);
+Mm operator+(const Mm& a);
+
+// ---- arithmetic ------------------------------------------------------------------------------------
+Mm plus(const Mm& a, const Mm& b);
+Mm minus(const Mm& a, const Mm& b);
+Mm times(const Mm& a, const Mm& b);
+Mm rdivide(const Mm& a, const Mm& b);
+Mm ldivide(const Mm& a, const Mm& b);  // b ./ a
+Mm power(const Mm& a, const Mm& b);    // complex when a real input needs it: (-8).^(1/3)
+Mm dot_mul(const Mm& a, const Mm& b);
+Mm dot_div(const Mm& a, const Mm& b);
+Mm dot_invdiv(const Mm& a, const Mm& b);
+Mm uminus(const Mm& a);
+Mm uplus(const Mm& a);
+Mm plus(const Mm& a);
+Mm minus(const Mm& a);
+Mm times(const Mm& a);
+Mm rdivide(const Mm& a);
+Mm ldivide(const Mm& a);
+Mm power(const Mm& a);
+Mm dot_mul(const Mm& a);
+Mm dot_div(const Mm& a);
+Mm dot_invdiv(const Mm& a);
+
+// ---- comparison and logic --------------------------------------------------------------------------
+// lt, gt, le, ge compare real parts; eq and ne compare both parts. NaN is unordered. The results
+// carry the logical flag.
+Mm lt(const Mm& a, const Mm& b);
+Mm gt(const Mm& a, const Mm& b);
+Mm le(const Mm& a, const Mm& b);
+Mm ge(const Mm& a, const Mm& b);
+Mm eq(const Mm& a, const Mm& b);
+Mm ne(const Mm& a, const Mm& b);
+Mm mand(const Mm& a, const Mm& b);
+Mm mor(const Mm& a, const Mm& b);
+Mm mxor(const Mm& a, const Mm& b);
+Mm mnot(const Mm& a);
+Mm lt(const Mm& a);
+Mm gt(const Mm& a);
+Mm le(const Mm& a);
+Mm ge(const Mm& a);
+Mm eq(const Mm& a);
+Mm ne(const Mm& a);
+Mm mand(const Mm& a);
+Mm mor(const Mm& a);
+Mm mxor(const Mm& a);
+Mm isfinite(const Mm& a);
+Mm isinf(const Mm& a);
+Mm isnan(const Mm& a);
+
+// ---- functions of one element ----------------------------------------------------------------------
+Mm abs(const Mm& a);
+Mm angle(const Mm& a);
+Mm real(const Mm& a);
+Mm imag(const Mm& a);
+Mm conj(const Mm& a);
+Mm exp(const Mm& a);
+Mm ceil(const Mm& a);
+Mm floor(const Mm& a);
+Mm fix(const Mm& a);
+Mm round(const Mm& a);
+Mm sign(const Mm& a);
+Mm sin(const Mm& a);
+Mm cos(const Mm& a);
+Mm tan(const Mm& a);
+Mm sec(const Mm& a);
+Mm csc(const Mm& a);
+Mm cot(const Mm& a);
+Mm sinh(const Mm& a);
+Mm cosh(const Mm& a);
+Mm tanh(const Mm& a);
+Mm sech(const Mm& a);
+Mm csch(const Mm& a);
+Mm coth(const Mm& a);
+Mm atan(const Mm& a);
+Mm acot(const Mm& a);
+Mm asinh(const Mm& a);
+Mm acsch(const Mm& a);
+Mm sinc(const Mm& a);
+Mm pow2(const Mm& a);                // 2 .^ a
+Mm pow2(const Mm& f, const Mm& e);   // f .* 2 .^ e
+Mm atan2(const Mm& y, const Mm& x);  // of the real parts
+Mm mod(const Mm& a, const Mm& b);    // sign of b; mod(a, 0) is NaN
+Mm rem(const Mm& a, const Mm& b);    // sign of a; rem(a, 0) is NaN
+Mm atan2(const Mm& a);
+Mm mod(const Mm& a);
+Mm rem(const Mm& a);
+
+// ---- special functions (of the real parts) -----------------------------------------------------------
+Mm erf(const Mm& a);
+Mm erfc(const Mm& a);
+Mm erfcx(const Mm& a);
+Mm erfinv(const Mm& a);
+Mm gamma(const Mm& a);
+Mm gammaln(const Mm& a);
+Mm beta(const Mm& a, const Mm& b);
+Mm betaln(const Mm& a, const Mm& b);
+Mm gammainc(const Mm& x, const Mm& a);
+Mm expint(const Mm& a);  // complex below 0
+Mm beta(const Mm& a);
+Mm betaln(const Mm& a);
+Mm gammainc(const Mm& x);
+
+// ---- bit family on whole numbers from 0 to 2^53 - 1 (bytes for uint8) ---------------------------------
+Mm mbitand(const Mm& a, const Mm& b);
+Mm mbitor(const Mm& a, const Mm& b);
+Mm bitxor(const Mm& a, const Mm& b);
+Mm bitcmp(const Mm& a);               // complement in 53 bits, 8 for uint8
+Mm bitcmp(const Mm& a, const Mm& n);  // complement in n bits
+Mm bitget(const Mm& a, const Mm& bit);
+Mm bitset(const Mm& a, const Mm& bit);
+Mm bitset(const Mm& a, const Mm& bit, const Mm& v);
+Mm bitreset(const Mm& a, const Mm& bit);
+Mm bitshift(const Mm& a, const Mm& k);
+Mm bitshift(const Mm& a, const Mm& k, const Mm& n);  // keeping n bits
+Mm mbitand(const Mm& a);
+Mm mbitor(const Mm& a);
+Mm bitxor(const Mm& a);
+Mm bitget(const Mm& a);
+Mm bitset(const Mm& a);
+Mm bitreset(const Mm& a);
+Mm bitshift(const Mm& a);
+
+// ---- along a dimension -------------------------------------------------------------------------------
+// Without `dim` the first dimension above 1 is taken; an empty `dim` is reported.
+Mm sum(const Mm& a);
+Mm sum(const Mm& a, const Mm& dim);
+Mm prod(const Mm& a);
+Mm prod(const Mm& a, const Mm& dim);
+Mm cumsum(const Mm& a);
+Mm cumsum(const Mm& a, const Mm& dim);
+Mm cumprod(const Mm& a);
+Mm cumprod(const Mm& a, const Mm& dim);
+Mm all(const Mm& a);
+Mm all(const Mm& a, const Mm& dim);
+Mm any(const Mm& a);
+Mm any(const Mm& a, const Mm& dim);
+Mm median(const Mm& a);
+Mm median(const Mm& a, const Mm& dim);
+// max(a) along a dimension; max(a, b) of two operands; max(a, [], dim) along dim. The i_o forms
+// give the 1-based positions of the extremes along the dimension.
+Mm max(const Mm& a);
+Mm max(const Mm& a, const Mm& b);
+Mm max(const Mm& a, const Mm& b, const Mm& dim);
+Mm max(const Mm& a, i_o_t, Mm& index);
+Mm max(const Mm& a, const Mm& b, const Mm& dim, i_o_t, Mm& index);
+Mm min(const Mm& a);
+Mm min(const Mm& a, const Mm& b);
+Mm min(const Mm& a, const Mm& b, const Mm& dim);
+Mm min(const Mm& a, i_o_t, Mm& index);
+Mm min(const Mm& a, const Mm& b, const Mm& dim, i_o_t, Mm& index);
+// Differences of order n (1 by default).
+Mm diff(const Mm& a);
+Mm diff(const Mm& a, const Mm& n);
+Mm diff(const Mm& a, const Mm& n, const Mm& dim);
+// Phase unwrapping; the jump tolerance defaults to pi.
+Mm unwrap(const Mm& p);
+Mm unwrap(const Mm& p, const Mm& tol);
+Mm unwrap(const Mm& p, const Mm& tol, const Mm& dim);
+// Numerical gradient: along a vector, or across the columns (x) and down the rows (y) of a matrix.
+// A spacing is a scalar, or a vector with one coordinate per point.
+Mm gradient(const Mm& f);
+Mm gradient(const Mm& f, const Mm& h);
+Mm gradient(const Mm& f, const Mm& hx, const Mm& hy);
+Mm gradient(const Mm& f, i_o_t, Mm& fy);
+Mm gradient(const Mm& f, const Mm& h, i_o_t, Mm& fy);
+Mm gradient(const Mm& f, const Mm& hx, const Mm& hy, i_o_t, Mm& fy);
+// Discrete Laplacian, a quarter of the sum of second differences in 1 and 2 dimensions.
+Mm del2(const Mm& u);
+Mm del2(const Mm& u, const Mm& h);
+
+// ---- matrix products ---------------------------------------------------------------------------------
+Mm mtimes(const Mm& a, const Mm& b);
+Mm mtimes(const Mm& a);
+Mm transpose(const Mm& a);
+Mm ctranspose(const Mm& a);
+// a ^ p for a square matrix and a whole non-negative power, or scalar operands.
+Mm mpower(const Mm& a, const Mm& p);
+Mm mpower(const Mm& a);
