@@ -17,12 +17,6 @@ std::vector<double> values(const Mm& m) {
     return std::vector<double>(p, p + m.nnz);
 }
 
-Mm column_of(const std::vector<double>& v) {
-    Mm m(0, 0, 0, static_cast<int>(v.size()), 1, ak_double);
-    std::copy(v.begin(), v.end(), m.addr());
-    return m;
-}
-
 std::vector<double> uniform_draws(int n) {
     std::vector<double> v(n);
     for (double& x : v) x = randM();
@@ -52,6 +46,68 @@ void mean_and_variance(const std::vector<double>& v, double& mean, double& var) 
     for (double x : v) var += (x - mean) * (x - mean);
     var /= v.size() - 1;
 }
+
+// The uniform state generator's steps, run from a saved state vector: the subtract-with-borrow
+// step, then the output's low word mixed with the register before its xorshift step and the top
+// 20 bits of the mantissa with the register after it.
+struct uniform_model {
+    double z[32];
+    int i, b;
+    std::uint32_t j;
+    explicit uniform_model(const Mm& s) {
+        const double* v = s.addr();
+        std::copy(v, v + 32, z);
+        b = static_cast<int>(v[32] / std::ldexp(1.0, -53));
+        i = static_cast<int>(v[33] / std::ldexp(1.0, -52));
+        j = static_cast<std::uint32_t>(v[34] / std::ldexp(1.0, -52));
+    }
+    double next() {
+        double r = z[(i + 20) % 32] - z[(i + 5) % 32] - (b ? std::ldexp(1.0, -53) : 0.0);
+        b = r < 0;
+        z[i] = r = b ? r + 1.0 : r;
+        i = (i + 1) % 32;
+        std::uint32_t old = j;
+        j ^= j << 13, j ^= j >> 17, j ^= j << 5;
+        std::uint64_t bits;
+        std::memcpy(&bits, &r, 8);
+        bits ^= old | static_cast<std::uint64_t>(j & 0xFFFFF) << 32;
+        std::memcpy(&r, &bits, 8);
+        return r;
+    }
+};
+
+// The normal state generator's steps, run from its two saved words with the library's tables.
+struct normal_model {
+    std::uint32_t c, x, s = 0;
+    const double *V = ak_internal::randn_table_V(), *T = ak_internal::randn_table_T();
+    explicit normal_model(const Mm& words)
+        : c(static_cast<std::uint32_t>(words.addr()[0])), x(static_cast<std::uint32_t>(words.addr()[1])) {}
+    double word() {
+        c = 69069u * c + 1234567u;
+        x ^= x << 13, x ^= x >> 17, x ^= x << 5;
+        s = c + x;
+        return static_cast<std::int32_t>(s);
+    }
+    double uni() { return word() / 4294967296.0 + 0.5; }
+    double next() {
+        double w = word();
+        int k = s & 63;
+        double r = w * (V[k + 1] / 4294967296.0);
+        double u = 2 * std::fabs(r), b = 0.4878992;
+        if (u < V[k]) return r;
+        double y = (V[k + 1] - u) / T[k], q = 1.0 - uni(), t = q + y, sign = r < 0 ? -1 : 1;
+        if (t <= 0.698802) return sign * y * b;
+        if (t >= 1.0310721) return r;
+        if (12.37586 * std::exp(-0.5 * (y * b) * (y * b)) > q + 11.67706) return sign * y * b;
+        if (std::exp(-V[k + 1] * V[k + 1] / 8) + (1 - q) * 0.03916606 / V[k + 1] <= std::exp(-u * u / 8)) return r;
+        double a, d;
+        do {
+            a = std::log(uni());
+            d = std::log(uni());
+        } while (-15.423391352072002 * d < a * a);
+        return sign * (2.776994 - a * 0.3601016062692249);
+    }
+};
 
 }  // namespace
 
@@ -151,6 +207,24 @@ TEST(RandomState, ReproducibleStreamsAndRoundTrip) {
     EXPECT_EQ(uniform_draws(64), next);
 }
 
+TEST(RandomState, StreamsFollowTheGeneratorSteps) {
+    randM("state", 12345);
+    randM(1.0, 77.0);  // somewhere mid-table, with borrows on the way
+    uniform_model u(randM("state"));
+    std::vector<double> got = values(randM(1.0, 100000.0));
+    int mismatches = 0;
+    for (double v : got) mismatches += v != u.next();
+    EXPECT_EQ(mismatches, 0);
+
+    randn("state", 0);
+    randn(1.0, 5.0);
+    normal_model m(randn("state"));
+    got = values(randn(1.0, 300000.0));
+    mismatches = 0;
+    for (double v : got) mismatches += v != m.next();
+    EXPECT_EQ(mismatches, 0);
+}
+
 TEST(RandomState, SeedGeneratorAndModeSwitch) {
     randM("seed", 0);
     EXPECT_EQ(randM("seed").r(), 1144108930.0);  // 931316785 scrambled: the start seed
@@ -162,6 +236,11 @@ TEST(RandomState, SeedGeneratorAndModeSwitch) {
     // Scrambling: bit 15 clear, so only the halves swap: 7 becomes 7 * 2^16.
     randM("seed", 7.9);
     EXPECT_EQ(randM("seed").r(), 458752.0);
+    // Bit 15 set: exclusive-or with 0x80008000 first, so 0x8000 comes back as itself.
+    randM("seed", 32768);
+    EXPECT_EQ(randM("seed").r(), 32768.0);
+    randM("seed", 16384);
+    EXPECT_EQ(randM("seed").r(), 1073741824.0);
 
     // A "state" call brings the state generator back, "seed" switches again.
     randM("state", 0);
