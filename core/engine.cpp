@@ -18,6 +18,52 @@ inline bool plain_scalar(const Mm& m) {
     return m.flags.type == ak_double && m.nnz == 1 && !m.pi && !m.flags.sparse;
 }
 
+// The operations that translated scalar code uses most, on two real scalars, with the same results
+// as the element loops; false for the others, which go through the core.
+inline bool scalar_result(op_t op, double x, double y, double& r) {
+    switch (op) {
+        case op_plus:
+            r = x + y;
+            return true;
+        case op_minus:
+            r = x - y;
+            return true;
+        case op_times:
+        case op_mtimes:
+            r = x * y;
+            return true;
+        case op_rdivide:
+            r = x / y;
+            return true;
+        case op_ldivide:
+            r = y / x;
+            return true;
+        case op_lt:
+            r = x < y;
+            return true;
+        case op_gt:
+            r = x > y;
+            return true;
+        case op_le:
+            r = x <= y;
+            return true;
+        case op_ge:
+            r = x >= y;
+            return true;
+        case op_eq:
+            r = x == y;
+            return true;
+        case op_ne:
+            r = x != y;
+            return true;
+        case op_uminus:
+            r = -x;
+            return true;
+        default:
+            return false;
+    }
+}
+
 // The dimension held by `dim`: its first element truncated to an int, held within the int range;
 // -1 when it has no element.
 int read_dim(const Mm& dim) {
@@ -179,14 +225,22 @@ Mm run_engine(int complex, const Mm& a, const Mm& b, const Mm& dim, op_t op, int
 }  // namespace
 
 Mm::Mm(int complex, const Mm& a, const Mm& b, const Mm& dim, op_t op, int do_dim, Mm& extra) {
-    init_head(2, ak_double);
     if (!do_dim && !complex && plain_scalar(a) && plain_scalar(b)) {
-        // Translated scalar code comes here: a 1x1 result and one pass of the double core.
+        // Translated scalar code comes here: a 1x1 real result, computed directly for the common
+        // operations and by the double core for the others.
+        ndims = 2;
         dims[0] = dims[1] = dims[2] = dims[3] = 1;
         nnz = 1;
+        name = nullptr;
+        shadowed = nullptr;
+        flags = M_types{0, 0, 0, 0, 0, 0, ak_double};
         storage_alloc(0, 0);
-        if (pr) ak_internal::element_core_double(a, b, *this, op);
+        if (!pr) return;
+        double x = *static_cast<const double*>(a.pr), y = *static_cast<const double*>(b.pr);
+        if (!scalar_result(op, x, y, *static_cast<double*>(pr)))
+            ak_internal::element_core_double(a, b, *this, op);
         return;
     }
+    init_head(2, ak_double);
     *this = run_engine(complex, a, b, dim, op, do_dim, extra);
 }
