@@ -248,47 +248,32 @@ TEST(Truth, ObjectIsConvertedWithDouble) {
 }
 
 TEST(Predicates, KindsAndShapes) {
-    Mm cellm(0, 0, 0, 1, 2, ak_mm);
     Mm st = struct_row(2);
     Mm obj = struct_row(1);
     obj.classid = 1;
-    EXPECT_TRUE(iscell(cellm));
+    EXPECT_TRUE(iscell(Mm(0, 0, 0, 1, 2, ak_mm)));
     EXPECT_FALSE(iscell(st));
-    EXPECT_TRUE(isstruct(st) && is_struct(st) && mxIsStruct(st));
-    EXPECT_FALSE(isstruct(obj));
-    EXPECT_TRUE(obj.isstruct());  // the member is wider
+    EXPECT_TRUE(isstruct(st));
+    EXPECT_FALSE(isstruct(obj));  // an object is not a structure to the free function
+    EXPECT_TRUE(obj.isstruct());  // but it is to the member
     EXPECT_TRUE(isobject(obj));
     EXPECT_FALSE(isobject(st));
 
-    EXPECT_TRUE(isempty(Mm()));
-    EXPECT_FALSE(isempty(Mm(1.0)));
-    EXPECT_TRUE(isscalar(Mm(1.0)) && is_scalar(TM("a")));
-    EXPECT_FALSE(isscalar(row({1, 2})));
-    EXPECT_TRUE(isvector(row({1, 2, 3})) && isvector(counting(3, 1)) && is_vector(Mm(1.0)));
     int d3[3] = {1, 1, 4};
     EXPECT_TRUE(isvector(Mm(0, 0, 0, 3, d3, ak_double)));
+    EXPECT_TRUE(isvector(Mm(1.0)));
     EXPECT_FALSE(isvector(counting(2, 2)));
     EXPECT_FALSE(isvector(Mm()));
-    EXPECT_TRUE(is_square(counting(2, 2)));
     Mm square_text = counting(2, 2);
     square_text.flags.str = 1;
+    EXPECT_TRUE(is_square(counting(2, 2)));
     EXPECT_FALSE(is_square(square_text));
-    EXPECT_FALSE(is_square(counting(2, 3)));
-
-    Mm logical = row({1, 0});
-    logical.flags.logical = 1;
-    EXPECT_TRUE(islogical(logical));
-    EXPECT_TRUE(isnumeric(bytes({1})));
-    EXPECT_FALSE(isnumeric(TM("a")));
-    EXPECT_FALSE(isnumeric(cellm));
-    EXPECT_TRUE(mxIsDouble(Mm(1.0)) && mxIsUint8(bytes({1})) && mxIsSparse(sparse_row(2, {})));
-    EXPECT_FALSE(isglobal(Mm(1.0)));
-    EXPECT_TRUE(isglobal(Mm(i_o, "g", 1)));
+    Mm logical_complex = complex_scalar(1, 1);
+    logical_complex.flags.logical = 1;
+    EXPECT_FALSE(islogical(logical_complex));
     int other[4] = {2, 2, 1, 1};
-    Mm four(0, 0, 0, 4, other, ak_double);  // ndims 2 after trimming, but dims equal
-    EXPECT_TRUE(is_same_dims(four, counting(2, 2)));
+    EXPECT_TRUE(is_same_dims(Mm(0, 0, 0, 4, other, ak_double), counting(2, 2)));
     EXPECT_FALSE(is_same_dims(counting(2, 1), counting(1, 2)));
-    EXPECT_EQ(isieee(), 1);
 }
 
 TEST(Predicates, IsrealDropsAZeroImaginaryHalf) {
@@ -334,7 +319,7 @@ TEST(Predicates, IsintBounds) {
     EXPECT_EQ(rec.errors[0], "variable 'u' was used without a value");
 }
 
-TEST(Hooks, DefaultsReportAndCountersAreRead) {
+TEST(Hooks, DefaultsReportAndArgn) {
     Mm o1, o2, o3, o4, o5, o6;
     EXPECT_ERROR(feval_func(TM("f"), Mm(), i_o, o1, o2, o3, o4, o5, o6), "feval was not linked with the program.");
     EXPECT_ERROR(callback_func(TM("disp(1)")), "eval was not linked with the program.");
@@ -350,7 +335,6 @@ TEST(Hooks, DefaultsReportAndCountersAreRead) {
     argn(i_o, out, in);
     EXPECT_EQ(out.r(), 3.0);
     EXPECT_EQ(in.r(), 2.0);
-    EXPECT_EQ(nargin() + nargout(), 5.0);
     nargin_val = nargout_val = 0.0;
 
     Mm sw = switchinit(TM("case"));
