@@ -236,7 +236,7 @@ AK_NO_ASAN void* large_alloc(std::size_t n) {
     return user;
 }
 
-void large_free(unsigned char* start) {
+__attribute__((noinline)) void large_free(unsigned char* start) {
     std::size_t size = malloc_usable_size(start);
     if (cache_keep(start, size)) {
         poison(start, size);
@@ -245,15 +245,13 @@ void large_free(unsigned char* start) {
     std::free(start);
 }
 
-void* allocate(std::size_t size) {
+// Every request that the fast path in ak_malloc does not serve.
+__attribute__((noinline)) void* allocate(std::size_t size) {
     if (size > SIZE_MAX - request_overhead) return nullptr;
     std::size_t n = size + request_overhead;
     if (n > tier_threshold) return large_alloc(n);
-    if (!multi_task) return pool.take(n);
-    ak_lock(ak_lock_allocator);
-    void* p = pool.take(n);
-    ak_unlock(ak_lock_allocator);
-    return p;
+    allocator_lock lock;
+    return pool.take(n);
 }
 
 AK_NO_ASAN unsigned char tier_byte(const void* p) { return static_cast<const unsigned char*>(p)[-1]; }
@@ -266,6 +264,16 @@ AK_NO_ASAN bool marked_in_use(const unsigned char* head) {
 void copy_block(void* to, const void* from, std::size_t n) {
     unpoison(from, n);
     std::memmove(to, from, n);
+}
+
+// Every free that the fast path in ak_free does not serve.
+__attribute__((noinline)) void release_block(void* p) {
+    if (unsigned char distance = tier_byte(p)) {
+        large_free(static_cast<unsigned char*>(p) - distance);
+        return;
+    }
+    allocator_lock lock;
+    pool.give(p);
 }
 
 }  // namespace
@@ -292,16 +300,21 @@ void large_cache_flush() {
 
 using namespace ak_internal;
 
-void* ak_malloc(unsigned size) { return allocate(size); }
+void* ak_malloc(unsigned size) {
+    std::size_t n = std::size_t(size) + request_overhead;
+    if (n <= tier_threshold && !multi_task) {
+        if (void* p = pool.take_listed(n)) return p;
+    }
+    return allocate(size);
+}
 
 void ak_free(void* p) {
     if (!p) return;
-    if (unsigned char distance = tier_byte(p)) {
-        large_free(static_cast<unsigned char*>(p) - distance);
+    if (tier_byte(p) == 0 && !multi_task) {
+        pool.give(p);
         return;
     }
-    allocator_lock lock;
-    pool.give(p);
+    release_block(p);
 }
 
 // A bucket allocator's realloc over bare pool blocks, whose 4-byte head sits just below the pointer.

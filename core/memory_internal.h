@@ -19,10 +19,11 @@ namespace ak_internal {
 // A pool block, seen from the user pointer u, with the block starting at u - 12:
 //   u-12  the mark 0xEF while the block is in use
 //   u-11  its bucket number
+//   u-8   8 bytes, cleared while in use; in a free block, the link to the next free block
 //   u-1   the tier byte: 0 for a pool block; for a C-heap block, the distance back to its start
-// A free block keeps the link to the next free block in its first 8 bytes, over the mark. Blocks
-// start 4 bytes below a multiple of 8, so a link never has 0xEF in its low byte: a block freed twice
-// is always recognised.
+// The link is 8-aligned, so list operations never split a cache line, and its high byte, which is
+// the tier byte, is 0 for any user-space address. Freeing clears the mark, so a block freed twice is
+// always recognised.
 constexpr unsigned char block_mark = 0xEF;
 constexpr std::size_t block_prefix = 12;
 constexpr std::size_t request_overhead = 8;       // added to every request before choosing a tier
@@ -49,25 +50,20 @@ public:
     constexpr explicit bucket_pool(std::size_t unit = reserve_unit) : unit_(unit) {}
 
     // A block for n bytes (request + 8), returned as the user pointer, or null.
-    AK_NO_ASAN void* take(std::size_t n) {
+    void* take(std::size_t n) {
+        if (void* p = take_listed(n)) return p;
         if (step_ == 0) init();
         int b = bucket_for(n);
         if (b < 0) return nullptr;
-        unsigned char* block = free_[b];
-        if (!block) {
-            grow(b);
-            block = free_[b];
-            if (!block) return nullptr;
-        }
-        free_[b] = load_link(block);
-        block[0] = block_mark;
-        block[1] = static_cast<unsigned char>(b);
-        block[block_prefix - 1] = 0;
-        ++live_;
-        unsigned char* user = block + block_prefix;
-        unpoison(user, n - request_overhead);
-        poison(user + (n - request_overhead), block_size(b) - block_prefix - (n - request_overhead));
-        return user;
+        if (!free_[b]) grow(b);
+        return free_[b] ? pop(b, n) : nullptr;
+    }
+
+    // The fast path of take: a block from its bucket's list, or null when that would need more.
+    void* take_listed(std::size_t n) {
+        if (step_ == 0) return nullptr;
+        int b = bucket_for(n);
+        return b >= 0 && free_[b] ? pop(b, n) : nullptr;
     }
 
     // Puts a block back on its bucket's list. A block whose mark is gone (freed already, or never
@@ -94,6 +90,7 @@ public:
     // Pushes the block that starts at head onto bucket b's list, leaving the live count alone.
     AK_NO_ASAN void push(void* head, int b) {
         unsigned char* block = static_cast<unsigned char*>(head);
+        block[0] = 0;
         store_link(block, free_[b]);
         free_[b] = block;
         poison(block, block_size(b));
@@ -104,10 +101,10 @@ private:
         unsigned char* p;
     } __attribute__((packed));
     AK_NO_ASAN static unsigned char* load_link(const unsigned char* block) {
-        return reinterpret_cast<const unaligned_ptr*>(block)->p;
+        return reinterpret_cast<const unaligned_ptr*>(block + 4)->p;
     }
     AK_NO_ASAN static void store_link(unsigned char* block, unsigned char* next) {
-        reinterpret_cast<unaligned_ptr*>(block)->p = next;
+        reinterpret_cast<unaligned_ptr*>(block + 4)->p = next;
     }
     static int ceil_log2(std::size_t x) { return x <= 1 ? 0 : 64 - __builtin_clzll(x - 1); }
 
@@ -116,7 +113,7 @@ private:
         int b;
         if (n <= step_ - 4) {
             b = ceil_log2(n + 4) - 3;
-            if (b < 0) b = 0;
+            if (b < 1) b = 1;  // every block must hold the 12-byte prefix; requests are never below 8
         } else {
             if (n > SIZE_MAX / 4) return -1;
             b = ceil_log2(n + 4 - step_) - 3;
@@ -127,6 +124,20 @@ private:
     std::size_t block_size(int b) const {
         std::size_t s = std::size_t(1) << (b + 3);
         return s < step_ ? s : s + step_;
+    }
+
+    // Hands out the first block of bucket b for n bytes.
+    AK_NO_ASAN void* pop(int b, std::size_t n) {
+        unsigned char* block = free_[b];
+        free_[b] = load_link(block);
+        store_link(block, nullptr);  // also clears the tier byte
+        block[0] = block_mark;
+        block[1] = static_cast<unsigned char>(b);
+        ++live_;
+        unsigned char* user = block + block_prefix;
+        unpoison(user, n - request_overhead);
+        poison(user + (n - request_overhead), block_size(b) - block_prefix - (n - request_overhead));
+        return user;
     }
 
     void init();
