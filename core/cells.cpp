@@ -1,12 +1,11 @@
 // Cell arrays: construction, cells of strings.
+#include "arklib/calling.h"
 #include "arklib/cells.h"
 #include "arklib/constructors.h"
 #include "arklib/sparse.h"
 #include "arklib/strings.h"
 
 namespace {
-
-bool is_cell(const Mm& m) { return m.flags.type == ak_mm && !m.fields; }
 
 // A cell of the sizes given, every element a default (0x0) matrix; any empty size argument gives
 // the empty result instead.
@@ -69,12 +68,9 @@ Mm cell_from_array(int n, const Mm** list) {
 }
 
 Mm cellstr(const Mm& x) {
-    if (is_cell(x)) return x;
+    if (iscell(x)) return x;
     x.warn_uninit();
-    if (x.flags.type == ak_mm) {
-        error("cellstr: %s is not a string or a cell array of strings", display_name(x));
-        return x_M;
-    }
+    if (error_numeric(x, "cellstr")) return x_M;
     Mm text = x.flags.sparse ? full(x) : x;
     Mm r(0, 0, 0, text.dims[0], 1, ak_mm);
     Mm* e = static_cast<Mm*>(r.pr);
@@ -83,7 +79,7 @@ Mm cellstr(const Mm& x) {
 }
 
 Mm iscellstr(const Mm& x) {
-    int all = is_cell(x);
+    int all = iscell(x);
     const Mm* e = static_cast<const Mm*>(x.pr);
     for (int k = 0; all && k < x.nnz; ++k) all = e[k].flags.str;
     Mm r(static_cast<double>(all));

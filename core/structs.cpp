@@ -7,10 +7,9 @@
 
 #include "arklib/calling.h"
 #include "arklib/cells.h"
+#include "arklib/subscript.h"
 
 namespace {
-
-bool is_cell(const Mm& m) { return m.flags.type == ak_mm && !m.fields; }
 
 Mm* elements(const Mm& m) { return static_cast<Mm*>(m.pr); }
 
@@ -33,9 +32,9 @@ Mm without_position(const Mm& element, int f) {
     return r;
 }
 
-// The n-th element (zero-based) of a list of names: the string itself, or element n of a cell.
-int name_count(const Mm& names) { return is_cell(names) ? names.nnz : 1; }
-const Mm& name_at(const Mm& names, int n) { return is_cell(names) ? elements(names)[n] : names; }
+// The n-th element (zero-based) of a list of names or keys: a single one, or element n of a cell.
+int name_count(const Mm& names) { return iscell(names) ? names.nnz : 1; }
+const Mm& name_at(const Mm& names, int n) { return iscell(names) ? elements(names)[n] : names; }
 
 // The position in x of the element whose subscript along dimension d (zero-based) is k and whose
 // other subscripts, in order, are those of the linear position `rest` over the remaining dimensions.
@@ -51,6 +50,43 @@ int position_along(const int* dims, int d, int k, int rest) {
         stride *= dims[dim];
     }
     return pos;
+}
+
+// x(k{1}, ...) with the first (up to four) elements of the cell k as subscripts; no subscripts leave
+// x as it is.
+Mm index_read(const Mm& x, const Mm& k) {
+    const Mm* i = elements(k);
+    switch (k.size() < 4 ? k.size() : 4) {
+        case 1:
+            return Mm(x(i[0]));
+        case 2:
+            return Mm(x(i[0], i[1]));
+        case 3:
+            return Mm(x(i[0], i[1], i[2]));
+        case 4:
+            return Mm(x(i[0], i[1], i[2], i[3]));
+    }
+    return x;
+}
+
+// x(k{1}, ...) = y with the first (up to four) elements of the cell k as subscripts; no subscripts
+// leave x as it is.
+void index_write(Mm& x, const Mm& k, const Mm& y) {
+    const Mm* i = elements(k);
+    switch (k.size() < 4 ? k.size() : 4) {
+        case 1:
+            x(i[0]) = y;
+            break;
+        case 2:
+            x(i[0], i[1]) = y;
+            break;
+        case 3:
+            x(i[0], i[1], i[2]) = y;
+            break;
+        case 4:
+            x(i[0], i[1], i[2], i[3]) = y;
+            break;
+    }
 }
 
 }  // namespace
@@ -75,11 +111,11 @@ Mm cell2struct(const Mm& x, const Mm& fields, const Mm& dim) {
         error("%s: length(fields)!=size(x,dim)", fname);
         return x_M;
     }
-    if (!is_cell(x)) {
+    if (!iscell(x)) {
         error("%s: first argument is not a cell", fname);
         return x_M;
     }
-    if (!is_cell(fields)) {
+    if (!iscell(fields)) {
         error("%s: second argument is not a cell", fname);
         return x_M;
     }
@@ -121,7 +157,7 @@ Mm struct2cell(const Mm& s) {
 }
 
 Mm mstruct(const Mm& list) {
-    if (!is_cell(list) || list.nnz == 1) return is_cell(list) ? elements(list)[0] : list;
+    if (!iscell(list) || list.nnz == 1) return iscell(list) ? elements(list)[0] : list;
     const Mm* args = elements(list);
     int nargs = list.nnz;
     if (nargs % 2) {
@@ -131,10 +167,10 @@ Mm mstruct(const Mm& list) {
     // The last cell value sets the shape of the array.
     const Mm* shape = nullptr;
     for (int k = 1; k < nargs; k += 2)
-        if (is_cell(args[k])) shape = &args[k];
+        if (iscell(args[k])) shape = &args[k];
     Mm r = shape ? Mm(0, 0, 0, shape->ndims, shape->dims, ak_mm) : Mm(0, 0, 0, 1, 1, ak_mm);
     for (int k = 1; k < nargs; k += 2) {
-        if (is_cell(args[k]) && args[k].nnz != r.nnz) {
+        if (iscell(args[k]) && args[k].nnz != r.nnz) {
             error("struct: all cell arrays must be of same size");
             return x_M;
         }
@@ -152,7 +188,7 @@ Mm mstruct(const Mm& list) {
         for (int k = 0; k < nargs; k += 2) {
             const Mm& value = args[k + 1];
             int f = position[k / 2];
-            if (f >= 0) elements(element)[f] = is_cell(value) ? elements(value)[i] : value;
+            if (f >= 0) elements(element)[f] = iscell(value) ? elements(value)[i] : value;
         }
         elements(r)[i] = element;
     }
@@ -192,6 +228,56 @@ Mm rmfield(const Mm& s, const Mm& names) {
         }
         int f = r.rmfield(name);
         for (int i = 0; f >= 0 && i < r.nnz; ++i) elements(r)[i] = without_position(elements(r)[i], f);
+    }
+    return r;
+}
+
+Mm getfield(const Mm&) {
+    error_input("getfield", 1);
+    return x_M;
+}
+
+// keys is the list of keys: a cell of them, or a single key. A string key reads a member, a cell key
+// is the subscript list of an index read (up to four subscripts).
+Mm getfield(const Mm& s, const Mm& keys) {
+    if (error_struct(s, "getfield")) return x_M;
+    Mm x = s;
+    for (int n = 0; n < name_count(keys); ++n) {
+        const Mm& key = name_at(keys, n);
+        if (key.flags.str) {
+            char name[ak_class_name_size];
+            Mstr(key, name, sizeof name);
+            x = Mm(x.member(name));
+        } else if (iscell(key)) {
+            x = index_read(x, key);
+        } else {
+            error("getfield: index must be a string or cell array");
+        }
+    }
+    return x;
+}
+
+Mm setfield(const Mm&) {
+    error_input("setfield", 1);
+    return x_M;
+}
+
+Mm setfield(const Mm&, const Mm&) {
+    error_input("setfield", 2);
+    return x_M;
+}
+
+// A string key assigns a member, a cell key is the subscript list of an indexed assignment.
+Mm setfield(const Mm& s, const Mm& key, const Mm& value) {
+    Mm r = s;
+    if (key.flags.str) {
+        char name[ak_class_name_size];
+        Mstr(key, name, sizeof name);
+        r.member(name) = value;
+    } else if (iscell(key)) {
+        index_write(r, key, value);
+    } else {
+        error("setfield: index must be a string or cell array");
     }
     return r;
 }

@@ -2,13 +2,12 @@
 #include <algorithm>
 #include <vector>
 
+#include "arklib/calling.h"
 #include "arklib/cells.h"
 #include "arklib/sparse.h"
 #include "arklib/strings.h"
 
 namespace {
-
-bool is_cell(const Mm& m) { return m.flags.type == ak_mm && !m.fields; }
 
 // Element k (zero-based) of the real half of a numeric matrix, as a double.
 double value(const Mm& m, int k) {
@@ -73,18 +72,17 @@ public:
     text_rows(const char* caller, bool keep_empty) : caller_(caller), keep_empty_(keep_empty) {}
 
     void add(const Mm& a, bool inside_cell = false) {
-        if (a.flags.type == ak_no_type) {
-            a.warn_uninit();
-        } else if (is_cell(a) && !inside_cell) {
+        if (a.flags.type == ak_no_type) return a.warn_uninit();
+        if (iscell(a) && !inside_cell) {
             const Mm* e = static_cast<const Mm*>(a.pr);
             for (int k = 0; k < a.nnz; ++k) add(e[k], true);
-        } else if (a.flags.type == ak_mm) {
-            error("%s: %s is not a string, a number or a cell array of strings", caller_, display_name(a));
-        } else if (a.size() == 0) {
-            if (keep_empty_) rows_.emplace_back();
-        } else {
-            add_numeric(a.flags.sparse ? full(a) : a);
+            return;
         }
+        if (error_numeric(a, caller_)) return;
+        if (a.size() > 0)
+            add_numeric(a.flags.sparse ? full(a) : a);
+        else if (keep_empty_)
+            rows_.emplace_back();
     }
 
     Mm result() const {
@@ -125,19 +123,16 @@ Mm join_rows(const char* caller, bool keep_empty, int n, const Mm* const* list) 
 }  // namespace
 
 Mm deblank(const Mm& s) {
-    if (is_cell(s)) return each_element(s, deblank);
+    if (iscell(s)) return each_element(s, deblank);
     s.warn_uninit();
-    if (s.flags.type == ak_mm) {
-        error("deblank: %s is not a string or a cell array of strings", display_name(s));
-        return x_M;
-    }
+    if (error_numeric(s, "deblank")) return x_M;
     Mm x = s.flags.sparse ? full(s) : s;
     if (x.dims[0] > 1 && x.nnz / x.dims[0] > 1) return deblank_matrix(x);
     return deblank_vector(x);
 }
 
 Mm upper(const Mm& s) {
-    if (is_cell(s)) return each_element(s, upper);
+    if (iscell(s)) return each_element(s, upper);
     if (!s.flags.str || (s.flags.type != ak_double && s.flags.type != ak_uchar)) return s;
     Mm r;
     r.deepcopy(s, ak_no_type);

@@ -97,5 +97,14 @@ Mm struct2cell(const Mm& s);
 Mm mstruct(const Mm& list);
 Mm fieldnames(const Mm& s);
 Mm isfield(const Mm& s, const Mm& name);
+// getfield(s, keys): keys is the list of keys (a cell of them, or one key): a string reads a member,
+// a cell is the subscript list of an index read.
+Mm getfield(const Mm& s);
+Mm getfield(const Mm& s, const Mm& keys);
+// setfield(s, key, value): s with the member named by a string key, or the elements picked by a cell
+// of subscripts, set to value.
+Mm setfield(const Mm& s);
+Mm setfield(const Mm& s, const Mm& key);
+Mm setfield(const Mm& s, const Mm& key, const Mm& value);
 Mm rmfield(const Mm& s);
 Mm rmfield(const Mm& s, const Mm& names);

@@ -1,0 +1,253 @@
+// The user class registry, method calls by name, the class word and the conversion functions.
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "arklib.h"
+#include "cells_test_support.h"
+#include "test_support.h"
+
+using namespace cells_test;
+
+namespace {
+
+// The registry is global and never shrinks: tests that fill it put the old contents back.
+class SavedClassTable {
+public:
+    SavedClassTable() : saved_(new class_table_t(class_table)) {}
+    ~SavedClassTable() { class_table = *saved_; }
+
+private:
+    std::unique_ptr<class_table_t> saved_;
+};
+
+// The balance of an account object, or the value of a plain number.
+double balance(const Mm& x) { return x.fields ? num(field(x, 1, "balance")) : num(x); }
+
+Mm account(double value, const char* cls = "account") {
+    Mm s = mstruct(cell_row({TM("balance"), Mm(value)}));
+    return mclass(s, TM(cls));
+}
+
+Mm account_plus(Mm a, Mm b) { return Mm(balance(a) + balance(b)); }
+Mm account_minus(Mm a, Mm b) { return Mm(balance(a) - balance(b)); }
+Mm account_double(Mm a) { return Mm(balance(a)); }
+Mm ten(Mm) { return Mm(10.0); }
+Mm twenty(Mm) { return Mm(20.0); }
+// Counts how many of its inputs are empty, to see what a short call passes.
+Mm count_empty(Mm a, Mm b, Mm c) { return Mm((a.size() == 0) + (b.size() == 0) + (c.size() == 0)); }
+Mm split(Mm a, Mm b, i_o_t, Mm& low, Mm& high) {
+    low = Mm(std::fmin(balance(a), balance(b)));
+    high = Mm(std::fmax(balance(a), balance(b)));
+    return Mm(1.0);
+}
+
+}  // namespace
+
+TEST(ClassRegistry, RegisterCallReplaceAndUnregister) {
+    SavedClassTable saved;
+    EXPECT_EQ(register_class_function("account", "plus", account_plus), 0);
+    EXPECT_EQ(register_class_function("account", "double", account_double), 1);
+    int id = class_id_of_name("account");
+    EXPECT_STREQ(class_name_of_id(id), "account");
+    EXPECT_EQ(is_class_function("account", "plus"), 1);
+    EXPECT_EQ(is_class_function("account", "minus"), 0);
+    EXPECT_EQ(is_class_function("nosuchclass", "plus"), 0);
+
+    Mm a = account(5.0);
+    EXPECT_EQ(a.classid, id);
+    EXPECT_EQ(num(call_class_function("plus", a, Mm(2.0))), 7.0);
+    // The class of the first operand with a field table is the one called.
+    EXPECT_EQ(num(call_class_function("plus", Mm(2.0), a)), 7.0);
+
+    // Registering the same name again replaces the function in the same slot.
+    EXPECT_EQ(register_class_function("account", "plus", account_minus), 0);
+    EXPECT_EQ(num(call_class_function("plus", a, Mm(2.0))), 3.0);
+
+    unregister_class_function("account", "plus");
+    EXPECT_EQ(is_class_function("account", "plus"), 0);
+    EXPECT_ERROR(unregister_class_function("account", "plus"), "del: no function plus in class account");
+    EXPECT_ERROR(call_class_function("plus", a, Mm(2.0)), "class account has no method named plus");
+    // The freed slot is the first taken by the next new method.
+    EXPECT_EQ(register_class_function("account", "minus", account_minus), 0);
+}
+
+TEST(ClassRegistry, LimitsOfClassesAndMethods) {
+    SavedClassTable saved;
+    ak_test::ErrorsThrow errors;
+    class_table.count = 0;
+    char names[ak_max_classes][16];
+    for (int k = 0; k < ak_max_classes; ++k) {
+        std::snprintf(names[k], sizeof names[k], "class%d", k);
+        EXPECT_EQ(class_id_of_name(names[k]), k + 1);
+    }
+    EXPECT_ERROR(class_id_of_name("one_too_many"), "too many classes");
+    // A returning handler sees the 33rd class share the last row.
+    {
+        ak_test::Recorder rec(ak_test::Recorder::kErrors);
+        EXPECT_EQ(class_id_of_name("one_too_many"), ak_max_classes);
+        EXPECT_EQ(rec.errors.size(), 1u);
+        register_class_function("one_too_many", "tell", ten);
+    }
+    EXPECT_EQ(is_class_function("class31", "tell"), 1);
+    EXPECT_EQ(class_table.count, ak_max_classes);
+
+    static char method_names[ak_max_class_methods + 1][16];
+    for (int k = 0; k < ak_max_class_methods; ++k) {
+        std::snprintf(method_names[k], sizeof method_names[k], "m%d", k);
+        EXPECT_EQ(register_class_function("class0", method_names[k], ten), k);
+    }
+    std::snprintf(method_names[ak_max_class_methods], 16, "m%d", ak_max_class_methods);
+    EXPECT_ERROR(register_class_function("class0", method_names[ak_max_class_methods], ten),
+                 "too many class functions");
+    // An existing method can still be replaced when the row is full.
+    EXPECT_EQ(register_class_function("class0", "m5", twenty), 5);
+    Mm obj = mclass(mstruct(cell_row({TM("x"), Mm(1.0)})), TM("class0"));
+    EXPECT_EQ(num(call_class_function("m5", obj)), 20.0);
+}
+
+TEST(ClassRegistry, WrongIdsAndLongNames) {
+    SavedClassTable saved;
+    EXPECT_ERROR(class_name_of_id(0), "[]:wrong classid");
+    EXPECT_ERROR(class_name_of_id(class_table.count + 1), "[]:wrong classid");
+    // Class names count 39 characters: a longer name finds the same row.
+    std::string long_name(50, 'q');
+    int id = class_id_of_name(long_name.c_str());
+    EXPECT_EQ(std::string(class_name_of_id(id)), std::string(39, 'q'));
+    EXPECT_EQ(class_id_of_name(std::string(45, 'q').c_str()), id);
+}
+
+TEST(ClassRegistry, CallsAdaptToTheRegisteredShape) {
+    SavedClassTable saved;
+    register_class_function("shapes", "one", twenty);
+    register_class_function("shapes", "three", count_empty);
+    register_class_function("shapes", "split", split);
+    Mm obj = account(3.0, "shapes");
+    // A one-input method called with two gets the first.
+    EXPECT_EQ(num(call_class_function("one", obj, Mm(1.0))), 20.0);
+    // A three-input method called with one gets empty matrices for the other two.
+    EXPECT_EQ(num(call_class_function("three", obj)), 2.0);
+    EXPECT_EQ(num(call_class_function("three", obj, Mm(1.0), Mm(2.0))), 0.0);
+    // The output form reaches the outputs; an output method called without them still runs.
+    Mm low, high;
+    EXPECT_EQ(num(call_class_function("split", obj, Mm(9.0), i_o, low, high)), 1.0);
+    EXPECT_EQ(num(low), 3.0);
+    EXPECT_EQ(num(high), 9.0);
+    EXPECT_EQ(num(call_class_function("split", Mm(1.0), obj)), 1.0);
+    // With no operand holding fields the last one names the class.
+    EXPECT_ERROR(call_class_function("one", Mm(1.0), Mm(2.0), Mm(3.0)), "class double has no method named one");
+    EXPECT_EQ(num(call_class_function("one", Mm(1.0), Mm(2.0), obj)), 20.0);
+}
+
+TEST(ClassWord, EveryKindOfValue) {
+    SavedClassTable saved;
+    Mm obj = account(1.0, "wordclass");
+    Mm sp = sparse(row({0, 2, 0}));
+    Mm bytes = muint8(row({1, 2}));
+    Mm s = mstruct(cell_row({TM("a"), Mm(1.0)}));
+    EXPECT_STREQ(class_name_of(TM("abc")), "char");
+    EXPECT_STREQ(class_name_of(sp), "sparse");
+    EXPECT_STREQ(class_name_of(s), "struct");
+    EXPECT_STREQ(class_name_of(obj), "wordclass");
+    EXPECT_STREQ(class_name_of(cell_row({Mm(1.0)})), "cell");
+    EXPECT_STREQ(class_name_of(bytes), "uint8");
+    EXPECT_STREQ(class_name_of(Mm(1.0)), "double");
+    EXPECT_STREQ(class_name_of(mlogical(Mm(1.0))), "double");
+
+    Mm word = mclass(obj);
+    EXPECT_EQ(str(word), "wordclass");
+    EXPECT_TRUE(word.isstr());
+
+    EXPECT_EQ(num(isa(sp, TM("double"))), 1.0);
+    EXPECT_EQ(num(isa(sp, TM("sparse"))), 1.0);
+    EXPECT_EQ(num(isa(Mm(1.0), TM("sparse"))), 0.0);
+    EXPECT_EQ(num(isa(obj, TM("wordclass"))), 1.0);
+    EXPECT_EQ(num(isa(obj, TM("struct"))), 0.0);
+    EXPECT_TRUE(isa(s, TM("struct")).islogical());
+}
+
+TEST(Conversions, DoubleUint8LogicalChar) {
+    SavedClassTable saved;
+    Mm text = TM("Az");
+    Mm d = mdouble(text);
+    EXPECT_FALSE(d.isstr());
+    EXPECT_EQ(d.addr()[1], 'z');
+    EXPECT_TRUE(text.isstr());  // the argument is left alone
+
+    Mm b = muint8(row({300.7, -1, 65.9}));
+    ASSERT_EQ(b.gettype(), ak_uchar);
+    EXPECT_EQ(b.ur(1), 44);   // truncated, low byte kept
+    EXPECT_EQ(b.ur(2), 255);
+    EXPECT_EQ(b.ur(3), 65);
+    EXPECT_EQ(muint8(b).pr, b.pr);  // already bytes: the same storage
+    Mm wide = mdouble(b);
+    EXPECT_EQ(wide.gettype(), ak_double);
+    EXPECT_EQ(wide.addr()[0], 44.0);
+
+    Mm f = mdouble(sparse(row({0, 4})));
+    EXPECT_FALSE(f.issparse());
+    EXPECT_EQ(f.addr()[1], 4.0);
+
+    Mm l = mlogical(row({0, 2}));
+    EXPECT_TRUE(l.islogical());
+    EXPECT_EQ(l.addr()[1], 2.0);  // values untouched
+    Mm c(1, 0, 0, 1, 1, ak_double);
+    EXPECT_ERROR(mlogical(c), "logical: argument is complex");
+
+    Mm ch = mchar(row({72, 105}));
+    EXPECT_TRUE(ch.isstr());
+    EXPECT_EQ(str(ch), "Hi");
+
+    EXPECT_ERROR(muint16(Mm(1.0)), "uint16 is not yet implemented");
+    EXPECT_ERROR(mdouble(cell_row({Mm(1.0)})), "Can not convert (temporary) into a numeric matrix");
+
+    // An object converts through its class's "double" method.
+    register_class_function("convclass", "double", account_double);
+    EXPECT_EQ(num(mdouble(account(8.0, "convclass"))), 8.0);
+    EXPECT_ERROR(mdouble(account(8.0, "noconv")), "class noconv has no method named double");
+}
+
+namespace {
+
+Mm account_uminus(Mm a) { return Mm(-balance(a)); }
+
+// obj(k) reads k times the balance; obj.name reads the length of the member name. The descriptor
+// is {type, subs}.
+Mm account_subsref(Mm obj, Mm s) {
+    Mm type = field(s, 1, "type");
+    Mm subs = field(s, 1, "subs");
+    if (str(type) == "()") return Mm(balance(obj) * num(at(subs, 1)));
+    if (str(type) == ".") return Mm(static_cast<double>(str(subs).size()));
+    return Mm(-1.0);
+}
+
+}  // namespace
+
+TEST(UserClass, OperatorsReachTheClassThroughTheEngine) {
+    SavedClassTable saved;
+    register_class_function("engacct", "plus", account_plus);
+    register_class_function("engacct", "uminus", account_uminus);
+    Mm a = account(5.0, "engacct");
+    EXPECT_EQ(num(a + Mm(2.0)), 7.0);
+    EXPECT_EQ(num(Mm(2.0) + a), 7.0);
+    EXPECT_EQ(num(plus(a, a)), 10.0);
+    EXPECT_EQ(num(-a), -5.0);
+    EXPECT_ERROR(a - Mm(1.0), "class engacct has no method named minus");
+    // A structure that is not an object has no class to go to.
+    Mm s = mstruct(cell_row({TM("balance"), Mm(1.0)}));
+    EXPECT_ERROR(s + Mm(1.0), "class struct has no method named plus");
+}
+
+TEST(UserClass, SubsrefReachesTheClassThroughSubscripts) {
+    SavedClassTable saved;
+    Mm plain = account(4.0, "nosubsref");
+    // Without a subsref method an object reads like its storage.
+    EXPECT_EQ(num(Mm(plain.member("balance"))), 4.0);
+
+    register_class_function("refacct", "subsref", account_subsref);
+    Mm a = account(4.0, "refacct");
+    EXPECT_EQ(num(Mm(a(Mm(3.0)))), 12.0);
+    EXPECT_EQ(num(Mm(a.member("balance"))), 7.0);
+    EXPECT_EQ(num(subsref(a, build_subs_descriptor(a(Mm(2.0))))), 8.0);
+}
