@@ -1,0 +1,211 @@
+// Assignment through a subscript reference: x(i,...) = y, x{i,...} = y, x.name = y and every chain of
+// them. The front end settles the target's element type, its fields and its kind, then hands the
+// elements to one of the assignment routes; a chain writes each level back into the one above it.
+#include <algorithm>
+#include <cstring>
+
+#include "arklib/cells.h"
+#include "arklib/sparse.h"
+#include "arklib/subscript.h"
+#include "core/assign_route.h"
+
+using namespace ak_internal;
+
+namespace {
+
+// The temporary a chained reference writes into: the current value of the outer reference, fetched
+// silently (a missing part comes back as `nothing` or as fresh structure elements), freed when the
+// write ends, also when error throws.
+class chain_target {
+public:
+    explicit chain_target(const Mr& r) : r_(r) {
+        if (r.chained) r.base = r.parent ? new Mm(*r.parent, 0) : nullptr;
+    }
+    ~chain_target() {
+        if (r_.chained && r_.base) {
+            delete r_.base;
+            r_.base = nullptr;
+        }
+    }
+    chain_target(const chain_target&) = delete;
+    chain_target& operator=(const chain_target&) = delete;
+
+    // Stores the written value into the outer reference, which writes on up to the variable.
+    void write_back() {
+        if (r_.chained && r_.base && r_.parent) const_cast<Mr&>(*r_.parent) = *r_.base;
+    }
+
+private:
+    const Mr& r_;
+};
+
+Mm empty_cell() { return Mm(0, 0, 0, 0, 0, ak_mm); }
+
+Mm& element(const Mm& m, int k) { return static_cast<Mm*>(m.pr)[k]; }
+
+// Makes this head the only holder of its storage, keeping its class and flag words.
+void unshare(Mm& b) {
+    if (!b.dirty()) return;
+    const M_types saved = b.flags;
+    const int id = b.classid;
+    b.deepcopy(b, b.flags.type);
+    b.classid = id;
+    b.flags = saved;
+}
+
+// y has one field more than the structure b, after b's own: b takes it, and each element of b gets
+// an empty value in the new slot.
+void widen(Mm& b, const char* field) {
+    unshare(b);
+    const int f = b.addfield(field, 0);
+    if (f != b.nfields - 1) return;
+    const Mm slot(f + 1.0);
+    for (int k = 0; k < b.size(); ++k) Mr(Mr_brace, element(b, k), slot) = nop_M;
+}
+
+// x(...) = y where x and y differ in element type or fields. Returns the source to write (y, or its
+// conversion in `converted`), or null when the assignment ends here.
+const Mm* settle_paren(Mm& b, const Mm& y, Mm& converted) {
+    const Mm* src = &y;
+    if (b.flags.type != y.flags.type) {
+        if (b.flags.type == ak_no_type || b.size() == 0) {
+            // An empty target takes y's kind; for a structure, y's field table.
+            if (y.fields) {
+                const Mm none;
+                b = Mm(Mr(Mr_paren, y, none), 0);
+            } else {
+                b = Mm(0, 0, 0, 0, 0, y.flags.type);
+            }
+        } else {
+            if (y.flags.type == ak_mm) {
+                error("Can not convert %s into a numeric matrix", display_name(y));
+                return nullptr;
+            }
+            converted = y.flags.sparse ? full(y) : y;
+            converted.deepcopy(converted, b.flags.type);
+            src = &converted;
+        }
+    }
+    if ((b.fields || src->fields) && b.size() != 0) {
+        if (!src->fields) {
+            error("In the assignment x(...)=y, x was a structure array but y was not a structure");
+            return nullptr;
+        }
+        const int nb = b.nfields, ny = src->nfields;
+        bool agree = true;
+        for (int k = 0; k < std::min(nb, ny) && agree; ++k) agree = std::strcmp(b.fields[k], src->fields[k]) == 0;
+        if (agree && ny == nb + 1) {
+            widen(b, src->fields[nb]);
+        } else if (!agree || ny != nb) {
+            error("In the assignment x(...)=y, x and y (structures) must have identical members");
+            return nullptr;
+        }
+    }
+    return src;
+}
+
+// x.name = y: a target that is not a cell array becomes a structure (its old value is dropped); the
+// field is found or added, and written in the first element.
+void member_write(Mm& b, const char* name, const Mm& y) {
+    if (b.flags.type != ak_mm) b = empty_cell();
+    // Held in a head of its own: s.a = s must store the old s, and then counts as sharing s.
+    const Mm value(y);
+    const int id = b.classid;
+    const int f = b.addfield(name, 0);
+    b.classid = id;
+    if (f < 0) return;
+    const Mm slot(f + 1.0);
+    if (b.size() >= 1 && !b.dirty()) {
+        Mr(Mr_brace, element(b, 0), slot) = value;
+        return;
+    }
+    const Mm first(1.0);
+    const Mr outer(Mr_brace, b, first);
+    Mr(Mr_brace, outer, slot) = value;
+}
+
+// x{...} = y: a target without a value, or an empty one, becomes a cell array.
+void settle_brace(Mm& b) {
+    if (b.flags.type == ak_mm) return;
+    if (b.flags.type == ak_no_type || b.size() == 0) {
+        b = empty_cell();
+        return;
+    }
+    error("'%s' is not a cell array and can't be {}-indexed", display_name(b));
+}
+
+inline bool plain_index(const Mm* i) { return !i->flags.sparse && i->ndims <= 2; }
+
+// Whether x(i) = y or x(i,j) = y may take the plain routes.
+inline bool plain_route(const Mr& r, const Mm& b, const Mm& y) {
+    if (b.fields || r.type != Mr_paren || y.flags.sparse || b.flags.sparse || y.ndims > 2 || b.ndims > 2 || r.n > 2)
+        return false;
+    for (int k = 0; k < r.n; ++k)
+        if (!plain_index(r.idx[k])) return false;
+    return true;
+}
+
+void route(const Mr& r, Mm& b, const Mm& y) {
+    if (!plain_route(r, b, y)) {
+        b.vwcopyn(r, y);
+    } else if (r.n == 0) {
+        b = y;
+    } else if (r.n == 1) {
+        b.vwcopy1(y, *r.idx[0]);
+    } else {
+        b.vwcopy2(y, *r.idx[0], *r.idx[1]);
+    }
+}
+
+}  // namespace
+
+Mr& Mr::operator=(const Mm& y) {
+    // The common x(i) = v and x(i,j) = v on plain doubles go straight to their route.
+    if (!chained && type == Mr_paren && (n == 1 || n == 2)) {
+        Mm& b = *base;
+        if (b.flags.type == ak_double && y.flags.type == ak_double && !b.classid && plain_route(*this, b, y)) {
+            if (n == 1)
+                b.vwcopy1(y, *idx[0]);
+            else
+                b.vwcopy2(y, *idx[0], *idx[1]);
+            return *this;
+        }
+    }
+    if (n < 0 || type == Mr_unset) return *this;
+    chain_target target(*this);
+    if (!base) return *this;  // the chain's value could not be had (reported)
+    Mm& b = *base;
+    if (y.flags.type == ak_no_type) {
+        y.warn_uninit();
+        return *this;
+    }
+    if (b.classid) {
+        const char* cls = class_name_of(b);
+        if (is_class_function(cls, "subsasgn")) {
+            const Mm result = call_class_function("subsasgn", b, build_subs_descriptor(*this), y);
+            b = result;
+            target.write_back();
+            return *this;
+        }
+    }
+    if (type == Mr_dot) {
+        member_write(b, member_name, y);
+    } else {
+        Mm converted;
+        const Mm* src = &y;
+        if (type == Mr_paren)
+            src = settle_paren(b, y, converted);
+        else
+            settle_brace(b);
+        if (!src) return *this;
+        route(*this, b, *src);
+    }
+    target.write_back();
+    return *this;
+}
+
+Mr& Mr::operator=(const Mr& y) {
+    // The right side is read completely before the write starts: x(2:3) = x(1:2) sees the old x.
+    const Mm value(y, 1);
+    return *this = value;
+}
