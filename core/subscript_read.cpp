@@ -162,38 +162,46 @@ Mm resolve(const Mr& r, int report) {
     return result;
 }
 
-// The common x(k) of a real or complex dense double with one plain scalar index inside it: the
-// element is copied straight into a 1x1 result. Returns false for every other read.
+// The common x(k): a real or complex dense double matrix with one plain scalar index inside it.
+// The element goes straight into a fresh 1x1 head; every other read returns false untouched.
 inline bool scalar_read(const Mr& r, Mm& m) {
-    if (r.n != 1 || r.type != Mr_paren || r.chained) return false;
     const Mm& b = *r.base;
     const Mm& ix = *r.idx[0];
-    if (ix.nnz != 1 || ix.dims[0] != 1 || ix.dims[1] != 1 || ix.ndims != 2 || ix.flags.logical ||
-        ix.flags.sparse || b.flags.type != ak_double || b.flags.sparse || b.classid || b.ndims != 2)
+    // A full index of one element is 1x1 whatever its ndims.
+    if (ix.nnz != 1 || ix.flags.sparse || ix.flags.logical || b.flags.type != ak_double || b.flags.sparse ||
+        b.classid || b.ndims != 2)
         return false;
     const int pos = index_position(*static_cast<const double*>(ix.pr));
     if (pos < 0 || pos >= b.dims[0] * b.dims[1]) return false;
     const double* bi = static_cast<const double*>(b.pi);
     const bool complex = bi && !(bi[pos] == 0.0);  // a zero imaginary part gives a real result
+    m.ndims = 2;
     m.dims[0] = m.dims[1] = m.dims[2] = m.dims[3] = 1;
     m.nnz = 1;
+    m.name = nullptr;
+    m.shadowed = nullptr;
     m.flags = b.flags;
     m.flags.workspace_var = 0;
     m.flags.global = 0;
-    m.storage_alloc(complex, 0);
-    if (!m.pr) return true;  // reported as out of memory; a valid empty matrix is left
+    m.storage_alloc(complex, 0);  // sets the storage words, the field table and the class id
+    if (!m.pr) return true;       // out of memory was reported; a valid empty matrix is left
     *static_cast<double*>(m.pr) = static_cast<const double*>(b.pr)[pos];
     if (complex) *static_cast<double*>(m.pi) = bi[pos];
     return true;
 }
 
+// Every read but the common scalar one: resolved into a temporary whose head m takes over.
+__attribute__((noinline)) void general_read(Mm& m, const Mr& r, int report) {
+    blank_head(m);
+    Mm result = resolve(r, report);
+    adopt_head(m, result);
+}
+
 }  // namespace
 
 Mm::Mm(const Mr& r, int report) {
-    blank_head(*this);
-    if (scalar_read(r, *this)) return;
-    Mm result = resolve(r, report);
-    adopt_head(*this, result);
+    if (r.n == 1 && r.type == Mr_paren && !r.chained && scalar_read(r, *this)) return;
+    general_read(*this, r, report);
 }
 
 int Mr::size() const {
