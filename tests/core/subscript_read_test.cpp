@@ -270,3 +270,23 @@ TEST(SubscriptRead, SubscriptingClearsTheScalarVariableMark) {
     EXPECT_EQ(0, v.flags.scalar_var);
     EXPECT_EQ(V{3}, values(r));
 }
+
+// A cell as the only ( ) subscript selects through its elements and overwrites the base itself.
+TEST(SubscriptRead, CellSubscriptReducesTheBase) {
+    Mm x(i_o, "x", 0);
+    x = row({10, 20, 30});
+    Mm picked = x(cell_of({Mm(2.0)}));
+    EXPECT_EQ(V{20}, values(picked));
+    EXPECT_EQ(V{20}, values(x));
+    EXPECT_STREQ("x", x.getname());
+    Mm m = counting(2, {3, 3});
+    Mm part = m(cell_of({row({1, 3}), Mm(2.0)}));
+    EXPECT_EQ(V({4, 6}), values(m));
+    EXPECT_EQ(D({2, 2, 1, 1, 1}), dims(part));
+    // An empty cell, or one of more than four elements, denotes the whole base.
+    Mm w = row({1, 2});
+    EXPECT_EQ(V({1, 2}), values(Mm(w(Mm(0, 0, 0, 0, 0, ak_mm)))));
+    Mm five = cell_of({Mm(1.0), Mm(1.0), Mm(1.0), Mm(1.0), Mm(1.0)});
+    EXPECT_EQ(V({1, 2}), values(Mm(w(five))));
+    EXPECT_EQ(V({1, 2}), values(w));
+}
