@@ -40,15 +40,13 @@ Mm extreme(const Mm& a, const Mm& dim, op_t op, Mm& index) {
 }
 
 // max(a, b, dim): a reduction when b is empty; two operands and a dimension do not go together.
-Mm extreme3(const Mm& a, const Mm& b, const Mm& dim, op_t reduce, op_t pairwise, Mm& index,
-            const char* name) {
+Mm extreme3(const Mm& a, const Mm& b, const Mm& dim, op_t reduce, Mm& index, const char* name) {
     if (b.size() == 0) return extreme(a, dim, reduce, index);
     if (!is_lM(index)) {
         error("%s: two matrices to compare and two outputs are not supported", name);
         return x_M;
     }
     error("%s: two matrices to compare and a dimension are not supported", name);
-    (void)pairwise;
     return x_M;
 }
 
@@ -56,21 +54,17 @@ Mm extreme3(const Mm& a, const Mm& b, const Mm& dim, op_t reduce, op_t pairwise,
 
 Mm max(const Mm& a) { return extreme(a, zero_M, op_max_1, l_M); }
 Mm max(const Mm& a, const Mm& b) { return element(has_pi(a, b), a, b, op_max_2); }
-Mm max(const Mm& a, const Mm& b, const Mm& dim) {
-    return extreme3(a, b, dim, op_max_1, op_max_2, l_M, "max");
-}
+Mm max(const Mm& a, const Mm& b, const Mm& dim) { return extreme3(a, b, dim, op_max_1, l_M, "max"); }
 Mm max(const Mm& a, i_o_t, Mm& index) { return extreme(a, zero_M, op_max_1, index); }
 Mm max(const Mm& a, const Mm& b, const Mm& dim, i_o_t, Mm& index) {
-    return extreme3(a, b, dim, op_max_1, op_max_2, index, "max");
+    return extreme3(a, b, dim, op_max_1, index, "max");
 }
 Mm min(const Mm& a) { return extreme(a, zero_M, op_min_1, l_M); }
 Mm min(const Mm& a, const Mm& b) { return element(has_pi(a, b), a, b, op_min_2); }
-Mm min(const Mm& a, const Mm& b, const Mm& dim) {
-    return extreme3(a, b, dim, op_min_1, op_min_2, l_M, "min");
-}
+Mm min(const Mm& a, const Mm& b, const Mm& dim) { return extreme3(a, b, dim, op_min_1, l_M, "min"); }
 Mm min(const Mm& a, i_o_t, Mm& index) { return extreme(a, zero_M, op_min_1, index); }
 Mm min(const Mm& a, const Mm& b, const Mm& dim, i_o_t, Mm& index) {
-    return extreme3(a, b, dim, op_min_1, op_min_2, index, "min");
+    return extreme3(a, b, dim, op_min_1, index, "min");
 }
 
 // ---- median ----------------------------------------------------------------------------------------------
