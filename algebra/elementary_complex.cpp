@@ -2,15 +2,14 @@
 // it, the wrappers that run the engine with that decision, and power with its own rule.
 #include <cmath>
 
+#include "arklib/arith.h"
 #include "arklib/calling.h"
 #include "arklib/elementary.h"
+#include "core/arith_internal.h"
 
-Mm power(const Mm& a, const Mm& b);  // declared with the arithmetic operators
+using ak_internal::element;
 
 namespace {
-
-// One element operation through the engine.
-Mm element(int complex, const Mm& a, const Mm& b, op_t op) { return Mm(complex, a, b, nop_M, op, 0, l_M); }
 
 // Whether the stored real values of a double matrix include one that `outside` accepts. A matrix
 // of another type never leaves the reals here. NaN fails every comparison, so it is never found.
