@@ -251,3 +251,35 @@ TEST(UserClass, SubsrefReachesTheClassThroughSubscripts) {
     EXPECT_EQ(num(Mm(a.member("balance"))), 7.0);
     EXPECT_EQ(num(subsref(a, build_subs_descriptor(a(Mm(2.0))))), 8.0);
 }
+
+namespace {
+
+// obj(k) = v makes the balance k * v; obj.name = v makes it v + 1000.
+Mm account_subsasgn(Mm obj, Mm s, Mm v) {
+    Mm type = field(s, 1, "type");
+    Mm subs = field(s, 1, "subs");
+    double value = str(type) == "()" ? num(at(subs, 1)) * num(v) : num(v) + 1000.0;
+    return account(value, class_name_of(obj));
+}
+
+}  // namespace
+
+TEST(UserClass, SubsasgnReachesTheClassThroughAssignment) {
+    SavedClassTable saved;
+    register_class_function("asgacct", "subsasgn", account_subsasgn);
+    Mm a = account(1.0, "asgacct");
+    Mm before = a;
+    a(Mm(3.0)) = Mm(2.0);
+    EXPECT_EQ(balance(a), 6.0);
+    EXPECT_STREQ(class_name_of(a), "asgacct");
+    a.member("balance") = Mm(5.0);
+    EXPECT_EQ(balance(a), 1005.0);
+    EXPECT_EQ(balance(before), 1.0);
+    EXPECT_EQ(balance(subsasgn(before, build_subs_descriptor(before(Mm(4.0))), Mm(2.0))), 8.0);
+
+    // Without a subsasgn method an object is written like its storage.
+    Mm plain = account(1.0, "nosubsasgn");
+    plain.member("balance") = Mm(3.0);
+    EXPECT_EQ(balance(plain), 3.0);
+    EXPECT_STREQ(class_name_of(plain), "nosubsasgn");
+}
