@@ -1,16 +1,14 @@
 // The element-wise engine and the matrix product against the same work done directly: a plain loop
 // over double arrays writing into an existing buffer, the same libm call in a loop, a direct dgemm,
-// and a chain of scalar operations on plain doubles. After the runs each library figure is printed
-// as a ratio to its baseline (CPU times of the calling thread, so run with OPENBLAS_NUM_THREADS=1; with
-// --benchmark_repetitions, of the medians).
+// and a chain of scalar operations on plain doubles. Each benchmark reports `ratio`, library time
+// over baseline time, both measured in the same run. Times are CPU times of the calling thread: run
+// with OPENBLAS_NUM_THREADS=1 so that dgemm works on this thread too.
 #include <benchmark/benchmark.h>
 
+#include <time.h>
+
 #include <cmath>
-#include <cstdio>
-#include <map>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "arklib.h"
 
@@ -36,154 +34,146 @@ Mm random_square(int n, unsigned seed) {
     return m;
 }
 
-// ---- c = a + b on 10^7 elements ----------------------------------------------------------------------
-void plus_ak(benchmark::State& state) {
-    Mm a = random_column(big, 1), b = random_column(big, 2), c;
-    for (auto _ : state) {
-        c = a + b;
-        benchmark::DoNotOptimize(c.pr);
-    }
+// Runs the library form and the baseline alternately in every iteration, each timed on the CPU
+// clock of this thread, so that a change in the load of the machine falls on both alike. Reports
+// the ratio of the totals and the time of one call of each.
+double thread_seconds() {
+    timespec t;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
 }
-void plus_base(benchmark::State& state) {
-    Mm a = random_column(big, 1), b = random_column(big, 2), c = random_column(big, 3);
+
+template <class Lib, class Base>
+void paired(benchmark::State& state, Lib lib, Base base, double ops_per_call) {
+    double t_lib = 0, t_base = 0;
+    bool lib_first = true;
+    for (auto _ : state) {
+        double t0 = thread_seconds();
+        if (lib_first)
+            lib();
+        else
+            base();
+        double t1 = thread_seconds();
+        if (lib_first)
+            base();
+        else
+            lib();
+        double t2 = thread_seconds();
+        t_lib += lib_first ? t1 - t0 : t2 - t1;
+        t_base += lib_first ? t2 - t1 : t1 - t0;
+        lib_first = !lib_first;
+    }
+    double n = static_cast<double>(state.iterations());
+    state.counters["ratio"] = t_base > 0 ? t_lib / t_base : 0;
+    state.counters["lib_ns_op"] = 1e9 * t_lib / n / ops_per_call;
+    state.counters["base_ns_op"] = 1e9 * t_base / n / ops_per_call;
+}
+
+// c = a + b on 10^7 elements; the baseline writes into an existing buffer.
+void plus_1e7(benchmark::State& state) {
+    Mm a = random_column(big, 1), b = random_column(big, 2), c, buffer = random_column(big, 3);
     const double *x = a.addr(), *y = b.addr();
-    double* r = c.addr();
-    for (auto _ : state) {
-        for (int k = 0; k < big; ++k) r[k] = x[k] + y[k];
-        benchmark::ClobberMemory();
-    }
+    double* r = buffer.addr();
+    paired(
+        state,
+        [&] {
+            c = a + b;
+            benchmark::DoNotOptimize(c.pr);
+        },
+        [&] {
+            for (int k = 0; k < big; ++k) r[k] = x[k] + y[k];
+            benchmark::ClobberMemory();
+        },
+        big);
 }
 
-// ---- sin(a) ------------------------------------------------------------------------------------------
-void sin_ak(benchmark::State& state) {
-    Mm a = random_column(big, 1), c;
-    for (auto _ : state) {
-        c = sin(a);
-        benchmark::DoNotOptimize(c.pr);
-    }
-}
-void sin_base(benchmark::State& state) {
-    Mm a = random_column(big, 1), c = random_column(big, 3);
+// sin(a), the baseline with the same libm call.
+void sin_1e7(benchmark::State& state) {
+    Mm a = random_column(big, 1), c, buffer = random_column(big, 3);
     const double* x = a.addr();
-    double* r = c.addr();
-    for (auto _ : state) {
-        for (int k = 0; k < big; ++k) r[k] = std::sin(x[k]);
-        benchmark::ClobberMemory();
-    }
+    double* r = buffer.addr();
+    paired(
+        state,
+        [&] {
+            c = sin(a);
+            benchmark::DoNotOptimize(c.pr);
+        },
+        [&] {
+            for (int k = 0; k < big; ++k) r[k] = std::sin(x[k]);
+            benchmark::ClobberMemory();
+        },
+        big);
 }
 
-// ---- sum(a) ------------------------------------------------------------------------------------------
-void sum_ak(benchmark::State& state) {
+// sum(a) of a column.
+void sum_1e7(benchmark::State& state) {
     Mm a = random_column(big, 1), s;
-    for (auto _ : state) {
-        s = sum(a);
-        benchmark::DoNotOptimize(s.pr);
-    }
-}
-void sum_base(benchmark::State& state) {
-    Mm a = random_column(big, 1);
     const double* x = a.addr();
-    for (auto _ : state) {
-        double s = 0.0;
-        for (int k = 0; k < big; ++k) s += x[k];
-        benchmark::DoNotOptimize(s);
-    }
+    paired(
+        state,
+        [&] {
+            s = sum(a);
+            benchmark::DoNotOptimize(s.pr);
+        },
+        [&] {
+            double t = 0.0;
+            for (int k = 0; k < big; ++k) t += x[k];
+            benchmark::DoNotOptimize(t);
+        },
+        big);
 }
 
-// ---- a * b -------------------------------------------------------------------------------------------
-void mtimes_ak(benchmark::State& state) {
+// a * b of two n x n matrices against dgemm into an existing buffer.
+void mtimes_n(benchmark::State& state) {
     int n = static_cast<int>(state.range(0));
-    Mm a = random_square(n, 1), b = random_square(n, 2), c;
-    for (auto _ : state) {
-        c = a * b;
-        benchmark::DoNotOptimize(c.pr);
-    }
-}
-void mtimes_base(benchmark::State& state) {
-    int n = static_cast<int>(state.range(0));
-    Mm a = random_square(n, 1), b = random_square(n, 2), c = random_square(n, 3);
+    Mm a = random_square(n, 1), b = random_square(n, 2), c, buffer = random_square(n, 3);
     double one = 1.0, zero = 0.0;
-    for (auto _ : state) {
-        dgemm_("N", "N", &n, &n, &n, &one, a.addr(), &n, b.addr(), &n, &zero, c.addr(), &n, 1, 1);
-        benchmark::ClobberMemory();
-    }
+    paired(
+        state,
+        [&] {
+            c = a * b;
+            benchmark::DoNotOptimize(c.pr);
+        },
+        [&] {
+            dgemm_("N", "N", &n, &n, &n, &one, a.addr(), &n, b.addr(), &n, &zero, buffer.addr(), &n, 1, 1);
+            benchmark::ClobberMemory();
+        },
+        2.0 * n * n * n);
 }
 
-// ---- a chain of scalar operations ----------------------------------------------------------------------
-// x = (x * a + b) * c - d, four operations per step, as translated scalar code runs it.
+// x = (x * a + b) * c - d, four operations per step, on 1x1 matrices as translated scalar code runs
+// it, and on doubles.
 constexpr int steps = 1000;
-void chain_ak(benchmark::State& state) {
+void scalar_chain(benchmark::State& state) {
     Mm a(0.5), b(1.0), c(1.0), d(0.25), x(0.1);
-    for (auto _ : state) {
-        for (int k = 0; k < steps; ++k) x = (x * a + b) * c - d;
-        benchmark::DoNotOptimize(x.pr);
-    }
-    state.counters["ns_per_op"] = benchmark::Counter(
-        4.0 * steps, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-void chain_base(benchmark::State& state) {
-    double a = 0.5, b = 1.0, c = 1.0, d = 0.25, x = 0.1;
-    for (auto _ : state) {
-        for (int k = 0; k < steps; ++k) {
-            benchmark::DoNotOptimize(a);
-            x = (x * a + b) * c - d;
-        }
-        benchmark::DoNotOptimize(x);
-    }
-    state.counters["ns_per_op"] = benchmark::Counter(
-        4.0 * steps, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-
-BENCHMARK(plus_ak)->Name("plus_1e7/ak")->Unit(benchmark::kMillisecond);
-BENCHMARK(plus_base)->Name("plus_1e7/base")->Unit(benchmark::kMillisecond);
-BENCHMARK(sin_ak)->Name("sin_1e7/ak")->Unit(benchmark::kMillisecond);
-BENCHMARK(sin_base)->Name("sin_1e7/base")->Unit(benchmark::kMillisecond);
-BENCHMARK(sum_ak)->Name("sum_1e7/ak")->Unit(benchmark::kMillisecond);
-BENCHMARK(sum_base)->Name("sum_1e7/base")->Unit(benchmark::kMillisecond);
-BENCHMARK(mtimes_ak)->Name("mtimes/ak")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
-BENCHMARK(mtimes_base)->Name("mtimes/base")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
-BENCHMARK(chain_ak)->Name("scalar_chain/ak")->Unit(benchmark::kMicrosecond);
-BENCHMARK(chain_base)->Name("scalar_chain/base")->Unit(benchmark::kMicrosecond);
-
-// Prints the usual table, then "name: ak / base = ratio" for every pair of runs.
-class ratio_reporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.error_occurred) continue;
-            std::string name = run.run_name.str();
-            if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
-                times_[name] = run.GetAdjustedCPUTime();
-                medians_[name] = true;
-            } else if (run.run_type == Run::RT_Iteration && !medians_[name]) {
-                times_[name] = run.GetAdjustedCPUTime();
+    double da = 0.5, db = 1.0, dc = 1.0, dd = 0.25, dx = 0.1;
+    paired(
+        state,
+        [&] {
+            for (int k = 0; k < steps; ++k) x = (x * a + b) * c - d;
+            benchmark::DoNotOptimize(x.pr);
+        },
+        [&] {
+            for (int k = 0; k < steps; ++k) {
+                benchmark::DoNotOptimize(da);
+                dx = (dx * da + db) * dc - dd;
             }
-        }
-    }
-    void Finalize() override {
-        ConsoleReporter::Finalize();
-        std::printf("\nratio of CPU times (arklib / baseline):\n");
-        for (const auto& [name, time] : times_) {
-            std::size_t at = name.find("/ak");
-            if (at == std::string::npos) continue;
-            auto base = times_.find(name.substr(0, at) + "/base" + name.substr(at + 3));
-            if (base != times_.end() && base->second > 0)
-                std::printf("  %-24s %8.3f\n", name.c_str(), time / base->second);
-        }
-    }
+            benchmark::DoNotOptimize(dx);
+        },
+        4.0 * steps);
+}
 
-  private:
-    std::map<std::string, double> times_;
-    std::map<std::string, bool> medians_;
-};
+BENCHMARK(plus_1e7)->Unit(benchmark::kMillisecond);
+BENCHMARK(sin_1e7)->Unit(benchmark::kMillisecond);
+BENCHMARK(sum_1e7)->Unit(benchmark::kMillisecond);
+BENCHMARK(mtimes_n)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
+BENCHMARK(scalar_chain)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    ratio_reporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;
 }

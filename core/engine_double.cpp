@@ -131,7 +131,7 @@ template <class Op>
 void run_arith(const element_args& g) {
     if (!g.ai && !g.bi) {
         if (!g.ri) {
-            loop_real2(g, Op::rr);
+            loop_real2(g, [](double a, double b) { return Op::rr(a, b); });
         } else {
             // A complex result of two real operands: the complex routine with imaginary parts of 0.
             loop_complex2<false, false, true>(g, [](double a, double, double b, double, double& r,
@@ -202,7 +202,7 @@ double pow2_fn(double f, double e) { return m_pow2(f, e); }
 template <class Op>
 void run_real_result(const element_args& g) {
     if (!g.ai && !g.bi)
-        loop_real2(g, Op::rr);
+        loop_real2(g, [](double a, double b) { return Op::rr(a, b); });
     else if (!g.bi)
         loop_complex2_real<true, false>(g, Op::cc);
     else if (!g.ai)
@@ -302,7 +302,7 @@ void run_closed(const element_args& g) {
     const int s = g.sa;
     if (!g.ai) {
         if (!g.ri) {
-            loop_real1(g, Op::r);
+            loop_real1(g, [](double x) { return Op::r(x); });
         } else {
             for (int k = 0, j = 0; k < n; ++k, j += s) Op::rc(g.ar[j], g.rr[k], g.ri[k]);
         }
@@ -349,7 +349,7 @@ struct not_t {
 template <class Op>
 void run_to_real(const element_args& g) {
     if (!g.ai) {
-        loop_real1(g, Op::r);
+        loop_real1(g, [](double x) { return Op::r(x); });
     } else {
         for (int k = 0, j = 0; k < g.n; ++k, j += g.sa) g.rr[k] = Op::c(g.ar[j], g.ai[j]);
     }
