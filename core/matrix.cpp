@@ -195,26 +195,27 @@ Mm::Mm(const Mm& src, const char* nm) : Mm(src) {
 
 Mm& Mm::operator=(const Mm& src) {
     if (this == &src) return *this;
-    // Raise first: src may be held only through storage this head is about to release.
-    int* new_refs = src.refs;
-    if (new_refs) ak_ref_raise(new_refs);
+    // src may live inside the storage this head is about to release (an element of its own cell):
+    // take a share of its storage and a copy of its head first.
+    Mm held(src);
     drop_ref();
     M_types kept = flags;
-    ndims = src.ndims;
-    dims[0] = src.dims[0];
-    dims[1] = src.dims[1];
-    dims[2] = src.dims[2];
-    dims[3] = src.dims[3];
-    p = src.p;
-    refs = new_refs;
-    pr = src.pr;
-    pi = src.pi;
-    nnz = src.nnz;
-    index = src.index;
-    fields = src.fields;
-    nfields = src.nfields;
-    classid = src.classid;
-    flags = src.flags;
+    ndims = held.ndims;
+    dims[0] = held.dims[0];
+    dims[1] = held.dims[1];
+    dims[2] = held.dims[2];
+    dims[3] = held.dims[3];
+    p = held.p;
+    refs = held.refs;
+    pr = held.pr;
+    pi = held.pi;
+    nnz = held.nnz;
+    index = held.index;
+    fields = held.fields;
+    nfields = held.nfields;
+    classid = held.classid;
+    flags = held.flags;
+    held.refs = nullptr;  // its share now belongs to this head
     flags.workspace_var = kept.workspace_var;
     flags.global = kept.global;
     flags.scalar_var = (kept.scalar_var && !flags.sparse && flags.type == ak_double && !pi && nnz == 1) ? 1 : 0;
