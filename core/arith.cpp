@@ -2,6 +2,7 @@
 // the result is complex and runs the engine.
 #include "arklib/arith.h"
 #include "arklib/calling.h"
+#include "arklib/cells.h"
 #include "core/arith_internal.h"
 
 using ak_internal::element;
@@ -48,6 +49,13 @@ Mm isnan(const Mm& a) { return logical_result(element(0, a, zero_M, op_isnan)); 
 Mm operator+(const Mm& a, const Mm& b) { return plus(a, b); }
 Mm operator-(const Mm& a, const Mm& b) { return minus(a, b); }
 Mm operator*(const Mm& a, const Mm& b) { return mtimes(a, b); }
+
+Mm operator/(const Mm& a, const Mm& b) {
+    if (a.fields || b.fields) return call_class_function("mrdivide", a, b);
+    if (b.size() == 1) return element(has_pi(a, b), a, b, op_rdivide);
+    error("%s is not yet implemented", "mrdivide");
+    return x_M;
+}
 Mm operator<(const Mm& a, const Mm& b) { return lt(a, b); }
 Mm operator>(const Mm& a, const Mm& b) { return gt(a, b); }
 Mm operator<=(const Mm& a, const Mm& b) { return le(a, b); }

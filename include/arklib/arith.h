@@ -11,6 +11,9 @@
 Mm operator+(const Mm& a, const Mm& b);
 Mm operator-(const Mm& a, const Mm& b);
 Mm operator*(const Mm& a, const Mm& b);  // the matrix product, mtimes
+// a / b: element-wise for a scalar divisor; a matrix divisor needs the right division of the linear
+// solvers, which this library does not have yet, and is reported.
+Mm operator/(const Mm& a, const Mm& b);
 Mm operator<(const Mm& a, const Mm& b);
 Mm operator>(const Mm& a, const Mm& b);
 Mm operator<=(const Mm& a, const Mm& b);

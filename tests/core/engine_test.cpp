@@ -52,6 +52,8 @@ TEST(EngineShape, ScalarExpansionOnBothSides) {
     EXPECT_VALUES(l, {9, 8, 7});
     EXPECT_EQ((std::vector<int>{3, 1, 1, 1}), dims(l));
     EXPECT_VALUES(rdivide(Mm(1.0), row({2, 4})), {0.5, 0.25});
+    EXPECT_VALUES(row({2, 4}) / Mm(4.0), {0.5, 1});
+    EXPECT_ERROR(Mm(1.0) / row({2, 4}), "mrdivide is not yet implemented");
     EXPECT_VALUES(ldivide(Mm(2.0), row({2, 4})), {1, 2});
     EXPECT_VALUES(times(mat(2, 2, {1, 2, 3, 4}), mat(2, 2, {5, 6, 7, 8})), {5, 21, 12, 32});
     int d3[3] = {2, 1, 2};
