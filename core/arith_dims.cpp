@@ -1,11 +1,10 @@
 // Named operations along a dimension: sums, products, truth tests, extremes, median, differences,
 // phase unwrapping, gradient and Laplacian.
-#include <algorithm>
 #include <cmath>
 
-#include "algebra/complex_scalar.h"
 #include "arklib/arith.h"
 #include "arklib/calling.h"
+#include "arklib/sort.h"
 #include "arklib/sparse.h"
 #include "core/arith_internal.h"
 
@@ -79,58 +78,15 @@ int resolved_dim(const Mm& a, const Mm& dim) {
     return (d >= 1 && d <= 4) ? static_cast<int>(d) : 0;
 }
 
-// Sorts every run along dimension d in place: real values ascending with NaN last, complex values
-// by modulus and then by angle.
-template <class T>
-void sort_runs(Mm& m, int d) {
-    int len = m.dims[d - 1], stride = 1, outer = 1;
-    for (int k = 0; k < d - 1; ++k) stride *= m.dims[k];
-    for (int k = d; k < 4; ++k) outer *= m.dims[k];
-    ak_scratch<int> order(len);
-    ak_scratch<T> re(len), im(len);
-    if (!order.get() || !re.get() || !im.get()) return;
-    T* xr = static_cast<T*>(m.pr);
-    T* xi = static_cast<T*>(m.pi);
-    for (int o = 0; o < outer; ++o) {
-        for (int s = 0; s < stride; ++s) {
-            std::size_t base = static_cast<std::size_t>(o) * len * stride + s;
-            for (int k = 0; k < len; ++k) {
-                order[k] = k;
-                re[k] = xr[base + static_cast<std::size_t>(k) * stride];
-                im[k] = xi ? xi[base + static_cast<std::size_t>(k) * stride] : T(0);
-            }
-            const T* r = re.get();
-            const T* i = im.get();
-            auto before = [&](int p, int q) {
-                double kp = xi ? ak_internal::c_abs(r[p], i[p]) : double(r[p]);
-                double kq = xi ? ak_internal::c_abs(r[q], i[q]) : double(r[q]);
-                if (std::isnan(kq)) return !std::isnan(kp);
-                if (std::isnan(kp)) return false;
-                if (kp != kq) return kp < kq;
-                return xi && std::atan2(double(i[p]), double(r[p])) < std::atan2(double(i[q]), double(r[q]));
-            };
-            std::stable_sort(order.get(), order.get() + len, before);
-            for (int k = 0; k < len; ++k) {
-                xr[base + static_cast<std::size_t>(k) * stride] = r[order[k]];
-                if (xi) xi[base + static_cast<std::size_t>(k) * stride] = i[order[k]];
-            }
-        }
-    }
-}
-
+// The engine takes the middle of runs that are already in order: sort puts NaN last and orders
+// complex values by modulus, then by angle.
 Mm median_of(const Mm& a, const Mm& dim) {
     if (a.flags.sparse) return sparse(median_of(full(a), dim));
     int d = resolved_dim(a, dim);
-    if (d == 0 || a.nnz == 0 || (a.flags.type != ak_double && a.flags.type != ak_uchar))
-        return along(has_pi(a), a, zero_M, dim, op_median);  // the engine reports or gives the empty result
-    Mm sorted;
-    sorted.deepcopy(a, ak_no_type);
-    if (a.flags.type == ak_uchar) {
-        sorted.pi = nullptr;
-        sort_runs<unsigned char>(sorted, d);
-    } else {
-        sort_runs<double>(sorted, d);
-    }
+    if (d == 0 || d > a.ndims || a.dims[d - 1] < 2 || a.nnz == 0 ||
+        (a.flags.type != ak_double && a.flags.type != ak_uchar))
+        return along(has_pi(a), a, zero_M, dim, op_median);  // nothing to sort, or the engine reports
+    Mm sorted = sort(a, Mm(double(d)));
     return along(has_pi(sorted), sorted, zero_M, Mm(double(d)), op_median);
 }
 
@@ -139,8 +95,7 @@ Mm median_of(const Mm& a, const Mm& dim) {
 Mm median(const Mm& a) { return median_of(a, zero_M); }
 Mm median(const Mm& a, const Mm& dim) { return median_of(a, dim); }
 
-// ---- differences
-// -------------------------------------------------------------------------------------------
+// ---- differences --------------------------------------------------------------------------------
 
 namespace {
 
@@ -168,8 +123,7 @@ Mm unwrap(const Mm& p, const Mm& tol, const Mm& dim) {
     return along(has_pi(p), p, tol.size() == 0 ? pi : tol, dim, op_unwrap);
 }
 
-// ---- gradient and Laplacian
-// ----------------------------------------------------------------------------------
+// ---- gradient and Laplacian ----------------------------------------------------------------------
 
 namespace {
 
