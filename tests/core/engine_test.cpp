@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <string>
 
 #include "arklib.h"
@@ -268,6 +269,8 @@ Mm engine_test_sin(Mm) { return Mm(42.0); }
 }  // namespace
 
 TEST(EngineRoutes, ObjectsGoToTheirClassMethods) {
+    // The registry is global: it is put back as it was at the end.
+    std::unique_ptr<class_table_t> saved(new class_table_t(class_table));
     register_class_function("engine_test_cls", "plus", engine_test_plus);
     register_class_function("engine_test_cls", "sin", engine_test_sin);
     Mm s = Mm(0, 0, 0, 1, 1, ak_mm);
@@ -278,6 +281,7 @@ TEST(EngineRoutes, ObjectsGoToTheirClassMethods) {
     EXPECT_VALUES(r, {1});
     EXPECT_VALUES(sin(obj), {42});
     EXPECT_ERROR(cos(obj), "class engine_test_cls has no method named cos");
+    class_table = *saved;
 }
 
 TEST(EngineErrors, OneInputFormsOfTwoInputFunctions) {
