@@ -203,3 +203,17 @@ Mm ctranspose(const Mm& a);
 // a ^ p for a square matrix and a whole non-negative power, or scalar operands.
 Mm mpower(const Mm& a, const Mm& p);
 Mm mpower(const Mm& a);
+
+// ---- forms without inputs, which only report "f does not accept 0 inputs" ------------------------------
+// clang-format off
+Mm plus(); Mm minus(); Mm times(); Mm rdivide(); Mm ldivide(); Mm power(); Mm uminus(); Mm uplus(); Mm lt();
+Mm gt(); Mm le(); Mm ge(); Mm eq(); Mm ne(); Mm mand(); Mm mor(); Mm mxor(); Mm mnot(); Mm isfinite();
+Mm isinf(); Mm isnan(); Mm abs(); Mm angle(); Mm real(); Mm imag(); Mm conj(); Mm exp(); Mm ceil();
+Mm floor(); Mm fix(); Mm round(); Mm sign(); Mm sin(); Mm cos(); Mm tan(); Mm sec(); Mm csc(); Mm cot();
+Mm sinh(); Mm cosh(); Mm tanh(); Mm sech(); Mm csch(); Mm coth(); Mm atan(); Mm acot(); Mm asinh();
+Mm acsch(); Mm sinc(); Mm pow2(); Mm atan2(); Mm mod(); Mm rem(); Mm erf(); Mm erfc(); Mm erfcx();
+Mm erfinv(); Mm gamma(); Mm gammaln(); Mm beta(); Mm betaln(); Mm gammainc(); Mm expint(); Mm mbitand();
+Mm mbitor(); Mm bitxor(); Mm bitcmp(); Mm bitget(); Mm bitset(); Mm bitreset(); Mm bitshift(); Mm sum();
+Mm prod(); Mm cumsum(); Mm cumprod(); Mm all(); Mm any(); Mm median(); Mm max(); Mm min(); Mm diff();
+Mm unwrap(); Mm gradient(); Mm del2(); Mm mtimes(); Mm transpose(); Mm ctranspose(); Mm mpower();
+// clang-format on

@@ -284,7 +284,10 @@ TEST(EngineRoutes, ObjectsGoToTheirClassMethods) {
     class_table = *saved;
 }
 
-TEST(EngineErrors, OneInputFormsOfTwoInputFunctions) {
+TEST(EngineErrors, FormsWithAnInputCountTheFunctionDoesNotTake) {
+    EXPECT_ERROR(sin(), "sin does not accept 0 inputs");
+    EXPECT_ERROR(mnot(), "not does not accept 0 inputs");
+    EXPECT_ERROR(max(), "max does not accept 0 inputs");
     EXPECT_ERROR(lt(Mm(1.0)), "lt does not accept 1 input");
     EXPECT_ERROR(plus(Mm(1.0)), "plus does not accept 1 input");
     EXPECT_ERROR(mand(Mm(1.0)), "and does not accept 1 input");
