@@ -52,7 +52,7 @@ struct uniform_state {
     int mode = 1;  // 1 state generator, 0 seed generator
     double z[32] = {};
     int i = 0;
-    int b = 0;
+    double borrow = 0.0;  // the borrow flag b times ulp
     std::uint32_t j = 0x80000000u;
     std::uint32_t j_old = 0;
     double seed = seed_start;
@@ -134,12 +134,24 @@ double seed_step(double& seed) {
 
 // ---- uniform, state generator --------------------------------------------------------------------
 
+// v where the mask is all ones, 0.0 where it is zero.
+inline double masked(std::uint64_t mask, double v) {
+    std::uint64_t bits;
+    std::memcpy(&bits, &v, sizeof bits);
+    bits &= mask;
+    std::memcpy(&v, &bits, sizeof v);
+    return v;
+}
+
 inline double uniform_step(uniform_state& g) {
+    // The borrow is as likely set as not, so the step is written without branches: the borrow is
+    // kept as the amount it subtracts, ulp or 0. Subtracting 0 and adding 0 change nothing, since
+    // no -0 arises.
     int i = g.i;
-    double zi = g.z[(i + 20) & 31] - g.z[(i + 5) & 31];
-    if (g.b) zi -= ulp;
-    g.b = zi < 0.0;
-    if (g.b) zi += 1.0;
+    double zi = g.z[(i + 20) & 31] - g.z[(i + 5) & 31] - g.borrow;
+    std::uint64_t negative = 0 - static_cast<std::uint64_t>(zi < 0.0);  // all ones or zero
+    g.borrow = masked(negative, ulp);
+    zi += masked(negative, 1.0);
     g.z[i] = zi;
     g.i = (i + 1) & 31;
 
@@ -166,7 +178,7 @@ inline double uniform_draw() { return U.mode ? uniform_step(U) : seed_step(U.see
 void rand_state_init(double y) {
     for (int k = 0; k < 32; ++k) U.z[k] = uniform_start.z[k];
     U.i = 0;
-    U.b = 0;
+    U.borrow = 0.0;
     if (y == 0.0)
         U.j = 0x80000000u;
     else if ((y > 0.0 && y < 4294967296.0) || (y < 0.0 && y > -4294967296.0))
@@ -180,7 +192,7 @@ Mm uniform_state_vector() {
     double* out = s.addr();
     random_lock lock;
     for (int k = 0; k < 32; ++k) out[k] = U.z[k];
-    out[32] = U.b * ulp;
+    out[32] = U.borrow;
     out[33] = U.i * unit;
     out[34] = U.j * unit;
     return s;
@@ -198,7 +210,7 @@ Mm uniform_state_set(const Mm& y) {
         rand_state_init(value_at(v, 0));
     } else {
         for (int k = 0; k < 32; ++k) U.z[k] = value_at(v, k);
-        U.b = word_of(value_at(v, 32) / ulp) != 0;
+        U.borrow = word_of(value_at(v, 32) / ulp) != 0 ? ulp : 0.0;
         U.i = static_cast<int>(word_of(value_at(v, 33) / unit) & 31u);
         U.j = word_of(value_at(v, 34) / unit);
     }
