@@ -225,7 +225,7 @@ Mm run_engine(int complex, const Mm& a, const Mm& b, const Mm& dim, op_t op, int
 }  // namespace
 
 Mm::Mm(int complex, const Mm& a, const Mm& b, const Mm& dim, op_t op, int do_dim, Mm& extra) {
-    if (!do_dim && !complex && plain_scalar(a) && plain_scalar(b)) {
+    if (!do_dim && !complex && op >= op_abs && op < op_count && plain_scalar(a) && plain_scalar(b)) {
         // Translated scalar code comes here: a 1x1 real result, computed directly for the common
         // operations and by the double core for the others.
         ndims = 2;

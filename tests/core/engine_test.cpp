@@ -288,6 +288,10 @@ TEST(EngineErrors, FormsWithAnInputCountTheFunctionDoesNotTake) {
     EXPECT_ERROR(sin(), "sin does not accept 0 inputs");
     EXPECT_ERROR(mnot(), "not does not accept 0 inputs");
     EXPECT_ERROR(max(), "max does not accept 0 inputs");
+    // A dimension code without a dimension, and a code out of range, reach no core.
+    EXPECT_ERROR(Mm(0, one_M, one_M, nop_M, op_sum, 0, l_M), "op_core: unknown op");
+    EXPECT_ERROR(Mm(0, row({1, 2}), one_M, nop_M, static_cast<op_t>(150), 0, l_M), "op_core: unknown op");
+    EXPECT_ERROR(Mm(0, row({1, 2}), one_M, one_M, op_plus, 1, l_M), "op_dims: wrong do_dim");
     EXPECT_ERROR(lt(Mm(1.0)), "lt does not accept 1 input");
     EXPECT_ERROR(plus(Mm(1.0)), "plus does not accept 1 input");
     EXPECT_ERROR(mand(Mm(1.0)), "and does not accept 1 input");
