@@ -141,7 +141,7 @@ inline void c_min2(double ar, double ai, double br, double bi, double& rr, doubl
 // Phase angle.
 inline double c_angle(double x, double y) { return std::atan2(y, x); }
 
-// Each part on its own: round, fix, floor, ceil of a complex value.
+// Rounds each part on its own (fix, floor and ceil of a complex value also work part by part).
 inline void c_round(double x, double y, double& rr, double& ri) {
     rr = m_round(x);
     ri = m_round(y);
