@@ -261,6 +261,12 @@ TEST(EngineRoutes, CellsObjectsAndUnsetVariables) {
     Mm u(i_o, "u", 0);
     EXPECT_ERROR(u + Mm(1.0), "variable 'u' was used without a value");
     EXPECT_ERROR(sin(u), "variable 'u' was used without a value");
+    // With a handler that returns, the unset operand has no type to agree with.
+    ak_test::Recorder rec(ak_test::Recorder::kErrors);
+    Mm r = u + Mm(1.0);
+    ASSERT_EQ(2u, rec.errors.size());
+    EXPECT_EQ("M::M(op): inconsistent datatypes", rec.errors[1]);
+    EXPECT_EQ(x_M.pr, r.pr);
 }
 
 namespace {
