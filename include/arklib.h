@@ -7,6 +7,7 @@
 #include "arklib/error.h"
 #include "arklib/matrix.h"
 #include "arklib/subscript.h"
+#include "arklib/list.h"
 #include "arklib/sparse.h"
 #include "arklib/startup.h"
 #include "arklib/calling.h"
