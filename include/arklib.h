@@ -18,3 +18,5 @@
 #include "arklib/sort.h"
 #include "arklib/arith.h"
 #include "arklib/elementary.h"
+#include "arklib/format.h"
+#include "arklib/display.h"

@@ -1,0 +1,156 @@
+// The writer of the format engine and sprintf: the platform formatter runs one piece at a time over
+// a stream of doubles, and the format recycles while data remains.
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "arklib/calling.h"
+#include "arklib/display.h"
+#include "arklib/format.h"
+#include "arklib/sparse.h"
+#include "core/matrix_internal.h"
+#include "runtime/format_internal.h"
+
+namespace {
+
+// One platform call on a piece that safe_piece has made; the text grows as needed.
+template <typename T>
+std::string run(const std::string& piece, T arg) {
+    char small[256];
+    int n = std::snprintf(small, sizeof small, piece.c_str(), arg);
+    if (n < 0) return std::string();
+    if (n < static_cast<int>(sizeof small)) return std::string(small, n);
+    std::string big(static_cast<size_t>(n) + 1, '\0');
+    std::snprintf(&big[0], big.size(), piece.c_str(), arg);
+    big.resize(n);
+    return big;
+}
+
+// The bytes of a double (8) or of the float it rounds to (4), in memory order, each byte written
+// low digit first.
+std::string hex_bytes(double v, int modifier) {
+    static const char digits[] = "0123456789ABCDEF";
+    unsigned char bytes[8];
+    int n = 8;
+    if (modifier == 't' || modifier == 'T') {
+        float f = static_cast<float>(v);
+        std::memcpy(bytes, &f, 4);
+        n = 4;
+    } else {
+        std::memcpy(bytes, &v, 8);
+    }
+    std::string out;
+    for (int k = 0; k < n; ++k) {
+        out += digits[bytes[k] & 15];
+        out += digits[bytes[k] >> 4];
+    }
+    return out;
+}
+
+std::string integer_text(const char* piece, int kind, int modifier, double v) {
+    if (modifier == 'b' || modifier == 'B' || modifier == 't' || modifier == 'T') return hex_bytes(v, modifier);
+    if (std::isinf(v)) return v > 0 ? "Inf" : "-Inf";
+    if (std::isnan(v)) return "NaN";
+    return run(ak_internal::safe_piece(piece, kind, true, 0), ak_internal::saturate_long(std::trunc(v)));
+}
+
+// The remaining elements as one text, each truncated to a byte.
+std::string remaining_text(const double* data, int count) {
+    std::string out;
+    out.reserve(count);
+    for (int k = 0; k < count; ++k) out += static_cast<char>(ak_internal::to_byte(data[k]));
+    return out;
+}
+
+}  // namespace
+
+std::string format_write(format_pieces& r, double* data, int count) {
+    std::string out;
+    if (r.last < 0) return out;
+    for (;;) {
+        int c = r.cursor, kind = r.kind[c], k = std::toupper(kind);
+        const char* piece = r.piece[c];
+        if ((count < 1 && k != '=') || (k == '=' && r.after_literal)) break;
+        r.after_literal = k == '=';
+        std::string text;
+        switch (k) {
+            case '=':
+                text = run(ak_internal::safe_piece(piece, kind, true, 0), 0);
+                break;
+            case 'C':
+                text = run(ak_internal::safe_piece(piece, kind, true, 0),
+                           static_cast<int>(static_cast<char>(ak_internal::to_byte(*data))));
+                break;
+            case 'D':
+            case 'I':
+            case 'O':
+            case 'U':
+            case 'X':
+                text = integer_text(piece, kind, r.modifier[c], *data);
+                break;
+            case 'E':
+            case 'F':
+            case 'G':
+                text = run(ak_internal::safe_piece(piece, kind, true, 0), *data);
+                fix_nonfinite_text(*data, text);
+                break;
+            case 'N':
+                *data = 0.0;
+                break;
+            case 'P':
+                text = run(ak_internal::safe_piece(piece, kind, true, 0), static_cast<void*>(data));
+                break;
+            case 'S': {
+                std::string s = remaining_text(data, count);
+                text = run(ak_internal::safe_piece(piece, kind, true, 0), s.c_str());
+                count = 0;
+                break;
+            }
+            default:
+                error("sprintf: unknown type character");
+                return out;
+        }
+        if (k != '=' && k != 'S') {
+            --count;
+            ++data;
+        }
+        r.cursor = r.cursor >= r.last ? 0 : r.cursor + 1;
+        out += text;
+        if (count == 0 && k == 'S') break;
+    }
+    return out;
+}
+
+std::string format_value(format_pieces& r, const Mm& x) {
+    if (is_lM(x)) return std::string();
+    if (x.flags.type == ak_mm || x.flags.type == ak_no_type) {
+        error("sprintf: only numbers and strings can be printed");
+        return std::string();
+    }
+    Mm f = x.flags.sparse ? full(x) : x;
+    int n = f.size();
+    std::vector<double> data(n > 0 ? n : 0);
+    for (int k = 0; k < n; ++k)
+        data[k] = f.flags.type == ak_uchar ? static_cast<const unsigned char*>(f.pr)[k]
+                                           : static_cast<const double*>(f.pr)[k];
+    return format_write(r, data.data(), n);
+}
+
+Mm sprintf(const Mm& x) { return x; }
+
+Mm sprintf(const Mm& format, const Mm& list) {
+    std::string f = format_escape(Mstr_row(format).c_str());
+    bool is_list = list.flags.type == ak_mm && !list.fields;
+    int n = is_list ? list.size() : 1;
+    if (n <= 0) return TM(f.c_str());
+    ak_internal::pieces_holder h;
+    format_parse(h.r, f.c_str());
+    std::string out;
+    for (int k = 0; k < n; ++k) {
+        std::string text = format_value(h.r, is_list ? static_cast<const Mm*>(list.pr)[k] : list);
+        out.append(text.c_str());  // a text is cut at its first NUL
+    }
+    return TM(out.c_str());
+}
