@@ -40,6 +40,8 @@ int main() {
     c.mr(1) = a;
     c.mr(2) = s;
     std::printf("c = {a, s}: a cell of %d; c{2} is a string of %d characters\n", c.size(), c.mr(2).size());
+    display(c);
+    display(b);
     std::printf("a(2,3) + b(1,1) = %g\n", a.r(2, 3) + b.r(1, 1));
 
     // A host may route errors anywhere; this one prints and lets the program go on.

@@ -42,9 +42,11 @@ int main() {
     show("t = [1 2; 3]", t);
     k = cat(Mm(3.0), a, a);
     show("k = cat(3, a, a)", k);
+    display(k);
     z = (CL(a), "text", semi, 42.0);
     std::printf("%-22s %d x %d cell; z{2,1} = %g, z{2,2} is empty: %d\n", "z = {a, 'text'; 42}", z.rows(), z.cols(),
                 z.mr(2, 1).r(), z.mr(2, 2).size() == 0);
+    display(z);
     exitM();
     return 0;
 }

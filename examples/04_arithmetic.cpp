@@ -60,14 +60,14 @@ int main() {
     const double rv[] = {4, -9};
     r = sqrt(matrix(1, 2, rv));
 
-    show("b", b);  // column-major order
-    show("s", s);
-    show("m", m);
-    show("k", k);
-    show("p", p);
-    show("big", big);
-    show("u", u);
-    show("r", r);
+    display(b);
+    display(s);
+    display(m);
+    display(k);
+    display(p);
+    display(big);
+    display(u);
+    display(r);
 
     // A shape error goes to the error handler; this host lets the program go on with x_M.
     ak_text_handler_t previous =
