@@ -33,6 +33,10 @@ void reply(char* buffer, int size) { std::snprintf(buffer, size, "%s", reply_tex
 int key_calls = 0;
 int key_after_three() { return ++key_calls >= 3 ? 'q' : 0; }
 int clc_calls = 0;
+Mm show_point(Mm) {
+    ak_printf("<point>\n");
+    return x_M;
+}
 int count_clc() { return ++clc_calls, 0; }
 
 }  // namespace
@@ -92,6 +96,19 @@ TEST(Disp, CellsAndStructures) {
 
     Mm s = mstruct(Mm((CL("a"), 1.0, "b", "hi")));
     EXPECT_EQ("  a: [1]\n  b: [hi]\n", shown(s));
+}
+
+TEST(Disp, ObjectsUseTheirClassMethods) {
+    Mm o = mclass(mstruct(Mm((CL("x"), 1.0, "y", 2.0))), TM("dpoint"));
+    EXPECT_EQ("field list:\nx\ny\n", shown(o));
+    register_class_function("dpoint", "disp", show_point);
+    EXPECT_EQ("<point>\n", shown(o));
+    unregister_class_function("dpoint", "disp");
+    register_class_function("dpoint", "display", show_point);
+    ak_test::Recorder rec;
+    display(o);
+    EXPECT_EQ("<point>\n", rec.printed);
+    unregister_class_function("dpoint", "display");
 }
 
 TEST(Display, HeaderWithNameAndDescription) {

@@ -173,6 +173,11 @@ TEST(Sscanf, PositionMovesByWholeTokens) {
     // Skipped conversions keep the recycling going.
     EXPECT_EQ((std::vector<double>{2, 4}), values(sscanf(TM("1 2 3 4"), TM("%*d %d"))));
     EXPECT_EQ((std::vector<double>{1.5, 255}), values(sscanf(TM("1.5 ff"), TM("%g %x"))));
+    // A character set reads as text; %c moves by one character.
+    EXPECT_EQ("abc", text(sscanf(TM("abc123"), TM("%[a-z]"))));
+    EXPECT_EQ("a c", text(sscanf(TM("a c"), TM("%c"))));
+    // A directive the engine does not know becomes literal text: nothing matches, nothing loops.
+    EXPECT_EQ(0, sscanf(TM("5"), TM("% d")).size());
 }
 
 TEST(Sscanf, LongTokensFitTheTextBuffer) {
