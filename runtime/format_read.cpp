@@ -183,7 +183,8 @@ double* format_read(format_pieces& r, std::FILE* stream, const char* text, int l
 }
 
 Mm scan_matrix(std::FILE* stream, const char* text, const Mm& format, const Mm& size, i_o_t, Mm& a, Mm& b) {
-    int n = size.flags.type == ak_double && !size.flags.sparse ? size.size() : -1;
+    bool numeric = (size.flags.type == ak_double || size.flags.type == ak_uchar) && !size.flags.sparse;
+    int n = numeric ? size.size() : -1;
     if (n != 1 && n != 2) {
         error("scanf: size %s is not one or two elements", display_name(size));
         a = x_M;
@@ -193,9 +194,12 @@ Mm scan_matrix(std::FILE* stream, const char* text, const Mm& format, const Mm& 
     std::string f = format_escape(Mstr_row(format).c_str());
     ak_internal::pieces_holder h;
     format_parse(h.r, f.c_str());
-    const double* s = static_cast<const double*>(size.pr);
-    int first = ak_internal::saturate_int(s[0]);
-    int second = n == 2 ? ak_internal::saturate_int(s[1]) : 0;
+    auto element = [&size](int k) {
+        return size.flags.type == ak_uchar ? static_cast<const unsigned char*>(size.pr)[k]
+                                           : static_cast<const double*>(size.pr)[k];
+    };
+    int first = ak_internal::saturate_int(element(0));
+    int second = n == 2 ? ak_internal::saturate_int(element(1)) : 0;
     if (first < 0) first = 0;
     if (second < 0) second = 0;
     long long product = static_cast<long long>(first) * second;
