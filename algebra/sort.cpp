@@ -308,6 +308,7 @@ bool is_cellstr(const Mm& x) { return x.flags.type == ak_mm && !x.fields && istr
 using namespace ak_internal;
 
 void sort_engine(const Mm& x, Mm& y) {
+    if (!sortable(x, "sort")) return;
     if (x.dims[0] == 0) {
         y = x;
         return;
@@ -337,6 +338,7 @@ void sort_engine(const Mm& x, Mm& y) {
 }
 
 Mm sort_engine(Mm& x, Mm& y, Mm& i) {
+    if (!sortable(x, "sort")) return x_M;
     if (x.dims[0] == 0) {
         y = nop_M;
         i = nop_M;
