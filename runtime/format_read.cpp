@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "arklib/calling.h"
@@ -86,16 +87,30 @@ double* format_read(format_pieces& r, std::FILE* stream, const char* text, int l
         if (n > static_cast<size_t>(width)) width = n < INT_MAX - 1 ? static_cast<int>(n) : INT_MAX - 2;
     }
     std::vector<char> buffer(static_cast<size_t>(width) + 1);
+    // A text is scanned as a memory stream placed at the position, so that each call reads only
+    // what it needs instead of measuring the whole remaining text.
+    size_t length = stream ? 0 : std::strlen(text);
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> memory(
+        length ? fmemopen(const_cast<char*>(text), length, "r") : nullptr, std::fclose);
     // A cycle through all pieces that neither matched nor moved ends the loop, so that a format
     // of literal text alone or of skipped conversions cannot spin on the same input.
     int cycle_matched = 0;
     const char* cycle_pos = pos;
     long cycle_offset = stream ? std::ftell(stream) : 0;
+    std::string safe_pieces[format_pieces::max_pieces];
+    bool made[format_pieces::max_pieces] = {};
     while (r.last >= 0 && matched < limit) {
         int kind = r.kind[r.cursor], k = std::toupper(kind);
         const char* piece = r.piece[r.cursor];
         bool skip = std::strchr(piece, '*') != nullptr;
-        std::string safe = ak_internal::safe_piece(piece, kind, false, width);
+        if (!made[r.cursor]) {
+            safe_pieces[r.cursor] = ak_internal::safe_piece(piece, kind, false, width);
+            made[r.cursor] = true;
+        }
+        const std::string& safe = safe_pieces[r.cursor];
+        std::FILE* in = stream;
+        if (!stream && memory && std::fseek(memory.get(), static_cast<long>(pos - text), SEEK_SET) == 0)
+            in = memory.get();
         int result = 0;
         long integer = 0;
         double real = 0;
@@ -103,10 +118,10 @@ double* format_read(format_pieces& r, std::FILE* stream, const char* text, int l
         buffer[0] = '\0';
         switch (k) {
             case '=':
-                result = scan(stream, pos, safe, &integer);
+                result = scan(in, pos, safe, &integer);
                 break;
             case 'C':
-                result = scan(stream, pos, safe, buffer.data());
+                result = scan(in, pos, safe, buffer.data());
                 if (buffer[0] == '\0') result = 0;
                 break;
             case 'D':
@@ -114,21 +129,21 @@ double* format_read(format_pieces& r, std::FILE* stream, const char* text, int l
             case 'O':
             case 'U':
             case 'X':
-                result = scan(stream, pos, safe, &integer);
+                result = scan(in, pos, safe, &integer);
                 break;
             case 'E':
             case 'F':
             case 'G':
-                result = scan(stream, pos, safe, &real);
+                result = scan(in, pos, safe, &real);
                 break;
             case 'N':
                 result = 0;
                 break;
             case 'P':
-                result = scan(stream, pos, safe, &pointer);
+                result = scan(in, pos, safe, &pointer);
                 break;
             case 'S':
-                result = scan(stream, pos, safe, buffer.data());
+                result = scan(in, pos, safe, buffer.data());
                 break;
             default:
                 error("sscanf: unknown type character");

@@ -49,11 +49,11 @@ std::string hex_bytes(double v, int modifier) {
     return out;
 }
 
-std::string integer_text(const char* piece, int kind, int modifier, double v) {
+std::string integer_text(const std::string& piece, int modifier, double v) {
     if (modifier == 'b' || modifier == 'B' || modifier == 't' || modifier == 'T') return hex_bytes(v, modifier);
     if (std::isinf(v)) return v > 0 ? "Inf" : "-Inf";
     if (std::isnan(v)) return "NaN";
-    return run(ak_internal::safe_piece(piece, kind, true, 0), ak_internal::saturate_long(std::trunc(v)));
+    return run(piece, ak_internal::saturate_long(std::trunc(v)));
 }
 
 // The remaining elements as one text, each truncated to a byte.
@@ -69,42 +69,48 @@ std::string remaining_text(const double* data, int count) {
 std::string format_write(format_pieces& r, double* data, int count) {
     std::string out;
     if (r.last < 0) return out;
+    // The pieces as the platform formatter sees them, made once for the call.
+    std::string safe[format_pieces::max_pieces];
+    bool made[format_pieces::max_pieces] = {};
     for (;;) {
         int c = r.cursor, kind = r.kind[c], k = std::toupper(kind);
-        const char* piece = r.piece[c];
         if ((count < 1 && k != '=') || (k == '=' && r.after_literal)) break;
+        if (!made[c]) {
+            safe[c] = ak_internal::safe_piece(r.piece[c], kind, true, 0);
+            made[c] = true;
+        }
+        const std::string& piece = safe[c];
         r.after_literal = k == '=';
         std::string text;
         switch (k) {
             case '=':
-                text = run(ak_internal::safe_piece(piece, kind, true, 0), 0);
+                text = run(piece, 0);
                 break;
             case 'C':
-                text = run(ak_internal::safe_piece(piece, kind, true, 0),
-                           static_cast<int>(static_cast<char>(ak_internal::to_byte(*data))));
+                text = run(piece, static_cast<int>(static_cast<char>(ak_internal::to_byte(*data))));
                 break;
             case 'D':
             case 'I':
             case 'O':
             case 'U':
             case 'X':
-                text = integer_text(piece, kind, r.modifier[c], *data);
+                text = integer_text(piece, r.modifier[c], *data);
                 break;
             case 'E':
             case 'F':
             case 'G':
-                text = run(ak_internal::safe_piece(piece, kind, true, 0), *data);
+                text = run(piece, *data);
                 fix_nonfinite_text(*data, text);
                 break;
             case 'N':
                 *data = 0.0;
                 break;
             case 'P':
-                text = run(ak_internal::safe_piece(piece, kind, true, 0), static_cast<void*>(data));
+                text = run(piece, static_cast<void*>(data));
                 break;
             case 'S': {
                 std::string s = remaining_text(data, count);
-                text = run(ak_internal::safe_piece(piece, kind, true, 0), s.c_str());
+                text = run(piece, s.c_str());
                 count = 0;
                 break;
             }
