@@ -250,6 +250,13 @@ TEST(UserClass, SubsrefReachesTheClassThroughSubscripts) {
     EXPECT_EQ(num(Mm(a(Mm(3.0)))), 12.0);
     EXPECT_EQ(num(Mm(a.member("balance"))), 7.0);
     EXPECT_EQ(num(subsref(a, build_subs_descriptor(a(Mm(2.0))))), 8.0);
+
+    // An object used as an index stands for what its subsindex method gives (as the only ( )
+    // subscript it would select like a cell instead).
+    register_class_function("refacct", "subsindex", twenty);
+    Mm v(0, 0, 0, 1, 25, ak_double);
+    for (int k = 0; k < 25; ++k) v.addr()[k] = k + 1;
+    EXPECT_EQ(num(Mm(v(Mm(1.0), a))), 20.0);
 }
 
 namespace {
