@@ -85,9 +85,11 @@ bool grown_dims(const Mr& r, const Mm& x, const index_odometer& o, int& nd, int*
         if (k == n - 1 && merged) {
             const char* bname = display_name(x);
             const char* iname = display_name(*r.idx[k]);
-            error("Index %s out of matrix %s. Index value was %d however the indexed matrix has %d elements in this "
-                  "dimension.",
-                  iname, bname, o.maxseen[k] + 1, extent);
+            error(
+                "Index %s out of matrix %s. Index value was %d however the indexed matrix has %d elements in "
+                "this "
+                "dimension.",
+                iname, bname, o.maxseen[k] + 1, extent);
             return false;
         }
         d[k] = o.maxseen[k] + 1;
@@ -205,7 +207,8 @@ bool prepare_dense(Mm& x, int n, int nd, const int* d, const M_types& saved) {
     if (!fresh_matrix(x, x.pi != nullptr, nd, d, fresh)) return false;
     new_elements<T>(fresh, x, 0, fresh.nnz);
     // The strides changed: each old element moves to its own subscripts.
-    for (int p = 0; p < N; ++p) copy_elements<T>(x, p, fresh, static_cast<int>(moved_position(p, x.dims, fresh.dims)), 1);
+    for (int p = 0; p < N; ++p)
+        copy_elements<T>(x, p, fresh, static_cast<int>(moved_position(p, x.dims, fresh.dims)), 1);
     for (int k = 0; k < x.nfields; ++k) fresh.addfield(x.fields[k], 1);
     fresh.classid = x.classid;
     install(x, fresh, saved);
@@ -254,8 +257,10 @@ void general_write(Mm& x, const Mr& r, Mm& y) {
         }
         const int s = y.size();
         if (s != 1 && total != s) {
-            error("In indexed assignment to the matrix %s, the index size was %d but right hand side has %d elements",
-                  display_name(x), total, s);
+            error(
+                "In indexed assignment to the matrix %s, the index size was %d but right hand side has %d "
+                "elements",
+                display_name(x), total, s);
             return;
         }
     }
@@ -385,7 +390,8 @@ void general_delete(Mm& x, const Mr& r) {
             for (long long o = 0; o < outer; ++o) {
                 for (int s = 0; s < E; ++s) {
                     if (!keep[s]) continue;
-                    copy_elements<T>(x, static_cast<int>((o * E + s) * stride), result, to, static_cast<int>(stride));
+                    copy_elements<T>(x, static_cast<int>((o * E + s) * stride), result, to,
+                                     static_cast<int>(stride));
                     to += static_cast<int>(stride);
                 }
             }

@@ -74,7 +74,8 @@ bool scalar_write2(Mm& x, const Mm& y, const Mm& i, const Mm& j) {
     const double r = *static_cast<const double*>(i.pr), c = *static_cast<const double*>(j.pr);
     const int rr = index_rounded(r), rc = index_rounded(c);
     if (rr < 1 || rr > x.dims[0] || rc < 1 || rc > x.dims[1]) return false;
-    static_cast<double*>(x.pr)[index_position(c) * x.dims[0] + index_position(r)] = *static_cast<const double*>(y.pr);
+    static_cast<double*>(x.pr)[index_position(c) * x.dims[0] + index_position(r)] =
+        *static_cast<const double*>(y.pr);
     return true;
 }
 
@@ -259,8 +260,8 @@ void write_one(Mm& x, const Mm& y, const Mm& ix, const Mm& iname) {
     const int c = logical_count(ix);
     if (s != c && s != 1) {
         message_names nm(x, iname, y);
-        error("%s(%s)=%s: a logical assignment ; source size != number of non zeros in index", nm.s[0], nm.s[1],
-              nm.s[2]);
+        error("%s(%s)=%s: a logical assignment ; source size != number of non zeros in index", nm.s[0],
+              nm.s[1], nm.s[2]);
         return;
     }
     for (int k = 0, j = 0; k < m; ++k)
@@ -353,8 +354,8 @@ void write_two(Mm& x, const Mm& y, const Mm& I, const Mm& J, bool rowc, bool col
     const int nc = colc ? (scalar && N != 0 ? C : y.dims[1]) : J.size();
     if (static_cast<long long>(nr) * nc != s && !scalar) {
         message_names nm(x, iname, jname, y);
-        error("%s(%s,%s)=%s: size(row index)*size(col index) is different than size(source)", nm.s[0], nm.s[1],
-              nm.s[2], nm.s[3]);
+        error("%s(%s,%s)=%s: size(row index)*size(col index) is different than size(source)", nm.s[0],
+              nm.s[1], nm.s[2], nm.s[3]);
         return;
     }
     int newR, newC;
@@ -439,7 +440,7 @@ void Mm::vwcopy1(const Mm& y, const Mm& i1) {
     const bool colon = is_colon(i1);
     Mm converted;
     const Mm& d = double_index(i1, converted);
-    if (flags.sparse) {
+    if (flags.sparse || fields) {  // sparse data and structures take the general route
         vwcopyn(Mr(Mr_paren, *this, d), y);
         return;
     }
@@ -473,7 +474,7 @@ void Mm::vwcopy2(const Mm& y, const Mm& i1, const Mm& i2) {
         return;
     }
     const bool rowc = is_colon(i1), colc = is_colon(i2);
-    if (flags.sparse) {
+    if (flags.sparse || fields) {
         Mm c1, c2;
         vwcopyn(Mr(Mr_paren, *this, double_index(i1, c1), double_index(i2, c2)), y);
         return;

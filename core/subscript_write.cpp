@@ -17,7 +17,7 @@ namespace {
 // silently (a missing part comes back as `nothing` or as fresh structure elements), freed when the
 // write ends, also when error throws.
 class chain_target {
-public:
+  public:
     explicit chain_target(const Mr& r) : r_(r) {
         if (r.chained) r.base = r.parent ? new Mm(*r.parent, 0) : nullptr;
     }
@@ -35,7 +35,7 @@ public:
         if (r_.chained && r_.base && r_.parent) const_cast<Mr&>(*r_.parent) = *r_.base;
     }
 
-private:
+  private:
     const Mr& r_;
 };
 
@@ -93,7 +93,8 @@ const Mm* settle_paren(Mm& b, const Mm& y, Mm& converted) {
         }
         const int nb = b.nfields, ny = src->nfields;
         bool agree = true;
-        for (int k = 0; k < std::min(nb, ny) && agree; ++k) agree = std::strcmp(b.fields[k], src->fields[k]) == 0;
+        for (int k = 0; k < std::min(nb, ny) && agree; ++k)
+            agree = std::strcmp(b.fields[k], src->fields[k]) == 0;
         if (agree && ny == nb + 1) {
             widen(b, src->fields[nb]);
         } else if (!agree || ny != nb) {
@@ -138,7 +139,8 @@ inline bool plain_index(const Mm* i) { return !i->flags.sparse && i->ndims <= 2;
 
 // Whether x(i) = y or x(i,j) = y may take the plain routes.
 inline bool plain_route(const Mr& r, const Mm& b, const Mm& y) {
-    if (b.fields || r.type != Mr_paren || y.flags.sparse || b.flags.sparse || y.ndims > 2 || b.ndims > 2 || r.n > 2)
+    if (b.fields || r.type != Mr_paren || y.flags.sparse || b.flags.sparse || y.ndims > 2 || b.ndims > 2 ||
+        r.n > 2)
         return false;
     for (int k = 0; k < r.n; ++k)
         if (!plain_index(r.idx[k])) return false;
@@ -159,25 +161,26 @@ void route(const Mr& r, Mm& b, const Mm& y) {
 
 }  // namespace
 
-Mr& Mr::operator=(const Mm& y) {
-    // The common x(i) = v and x(i,j) = v on plain doubles go straight to their route.
+void Mr::assign(const Mm& y) {
+    // The other x(i) = v and x(i,j) = v on plain doubles go straight to their route.
     if (!chained && type == Mr_paren && (n == 1 || n == 2)) {
         Mm& b = *base;
-        if (b.flags.type == ak_double && y.flags.type == ak_double && !b.classid && plain_route(*this, b, y)) {
+        if (b.flags.type == ak_double && y.flags.type == ak_double && !b.classid &&
+            plain_route(*this, b, y)) {
             if (n == 1)
                 b.vwcopy1(y, *idx[0]);
             else
                 b.vwcopy2(y, *idx[0], *idx[1]);
-            return *this;
+            return;
         }
     }
-    if (n < 0 || type == Mr_unset) return *this;
+    if (n < 0 || type == Mr_unset) return;
     chain_target target(*this);
-    if (!base) return *this;  // the chain's value could not be had (reported)
+    if (!base) return;  // the chain's value could not be had (reported)
     Mm& b = *base;
     if (y.flags.type == ak_no_type) {
         y.warn_uninit();
-        return *this;
+        return;
     }
     if (b.classid) {
         const char* cls = class_name_of(b);
@@ -185,7 +188,7 @@ Mr& Mr::operator=(const Mm& y) {
             const Mm result = call_class_function("subsasgn", b, build_subs_descriptor(*this), y);
             b = result;
             target.write_back();
-            return *this;
+            return;
         }
     }
     if (type == Mr_dot) {
@@ -197,11 +200,10 @@ Mr& Mr::operator=(const Mm& y) {
             src = settle_paren(b, y, converted);
         else
             settle_brace(b);
-        if (!src) return *this;
+        if (!src) return;
         route(*this, b, *src);
     }
     target.write_back();
-    return *this;
 }
 
 Mr& Mr::operator=(const Mr& y) {

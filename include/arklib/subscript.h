@@ -119,8 +119,11 @@ public:
     }
 
     // Assignment through the reference: x(i) = y. A reference on the right is read completely
-    // before the write starts.
-    Mr& operator=(const Mm& y);
+    // before the write starts. The scalar store of translated loops is done here, inline.
+    Mr& operator=(const Mm& y) {
+        if (!store_scalar(y)) assign(y);
+        return *this;
+    }
     Mr& operator=(const Mr& y);
 
     // Chains: r(i), r{i}, r.name.
@@ -142,6 +145,34 @@ public:
     int size() const;
 
 private:
+    void assign(const Mm& y);  // every assignment but the inline scalar store
+    // x(k) = v and x(r,c) = v: a real scalar v into a real dense double x that this head alone holds,
+    // at plain scalar indices whose rounded values lie inside x. False for anything else.
+    bool store_scalar(const Mm& y) const {
+        if (chained || type != Mr_paren || static_cast<unsigned>(n - 1) > 1u) return false;
+        Mm& b = *base;
+        const Mm& i = *idx[0];
+        // Each term is 0 for the case served here; one test instead of a branch per condition.
+        const int other = (y.flags.type ^ ak_double) | (y.nnz ^ 1) | y.flags.sparse | (b.flags.type ^ ak_double) |
+                          b.flags.sparse | b.classid | (i.flags.type ^ ak_double) | (i.nnz ^ 1) | i.flags.logical |
+                          i.flags.sparse;
+        if (other || y.pi || b.pi || !b.refs || *b.refs != 1) return false;
+        const double v = *static_cast<const double*>(i.pr);
+        double* to;
+        if (n == 1) {
+            if (!(v >= 0.5 && v < b.nnz + 0.5)) return false;
+            to = static_cast<double*>(b.pr) + static_cast<int>(v - 1.0);
+        } else {
+            const Mm& j = *idx[1];
+            if (((j.flags.type ^ ak_double) | (j.nnz ^ 1) | j.flags.logical | j.flags.sparse | (b.ndims ^ 2)) != 0)
+                return false;
+            const double w = *static_cast<const double*>(j.pr);
+            if (!(v >= 0.5 && v < b.dims[0] + 0.5 && w >= 0.5 && w < b.dims[1] + 0.5)) return false;
+            to = static_cast<double*>(b.pr) + static_cast<int>(w - 1.0) * b.dims[0] + static_cast<int>(v - 1.0);
+        }
+        *to = *static_cast<const double*>(y.pr);
+        return true;
+    }
     void clear() {
         for (int k = 0; k < 4; ++k) {
             owned[k] = 0;

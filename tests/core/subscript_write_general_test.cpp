@@ -54,13 +54,17 @@ TEST(SubscriptWriteGeneral, ThreeDimensionalWrites) {
 TEST(SubscriptWriteGeneral, ThreeDimensionalMessages) {
     Mm x = named(counting(3, {2, 2, 2}), "x");
     Mm k = named(Mm(9.0), "k"), z = named(Mm(0.0), "z");
-    EXPECT_ERROR(x(k) = 1.0, "Index k out of matrix x. Index value was 9 however the indexed matrix has only 8 elements.");
+    EXPECT_ERROR(
+        x(k) = 1.0,
+        "Index k out of matrix x. Index value was 9 however the indexed matrix has only 8 elements.");
     EXPECT_ERROR((x(1.0, z, 1.0) = 1.0), "index z out of matrix x. Index value was 0 which is not positive.");
-    EXPECT_ERROR((x(c_p, c_p, 1.0) = Mm(row({1, 2, 3}))),
-                 "In indexed assignment to the matrix x, the index size was 4 but right hand side has 3 elements");
-    EXPECT_ERROR((x(1.0, 5.0) = 1.0),
-                 "Index =5 out of matrix x. Index value was 5 however the indexed matrix has 4 elements in this "
-                 "dimension.");
+    EXPECT_ERROR(
+        (x(c_p, c_p, 1.0) = Mm(row({1, 2, 3}))),
+        "In indexed assignment to the matrix x, the index size was 4 but right hand side has 3 elements");
+    EXPECT_ERROR(
+        (x(1.0, 5.0) = 1.0),
+        "Index =5 out of matrix x. Index value was 5 however the indexed matrix has 4 elements in this "
+        "dimension.");
     EXPECT_ERROR((x(1.0, 2.0, c_p) = Mm()),
                  "While assigning empty matrix to the matrix 'x', there was more than one non-colon index");
     EXPECT_EQ(V({1, 2, 3, 4, 5, 6, 7, 8}), values(x));
@@ -217,8 +221,8 @@ TEST(SubscriptWriteGeneral, MemberWrites) {
 
 TEST(SubscriptWriteGeneral, StructureArrays) {
     // s(5).a = 1 on a shorter array adds fresh elements, each a 1 x nfields cell.
-    Mm s = structure({"a", "b"}, {cell_of({Mm(1.0), Mm(2.0)}), cell_of({Mm(3.0), Mm(4.0)}),
-                                  cell_of({Mm(5.0), Mm(6.0)})});
+    Mm s = structure({"a", "b"},
+                     {cell_of({Mm(1.0), Mm(2.0)}), cell_of({Mm(3.0), Mm(4.0)}), cell_of({Mm(5.0), Mm(6.0)})});
     Mm keep = s;
     s(5.0).member("a") = 1.0;
     EXPECT_EQ(D({2, 1, 5, 1, 1}), dims(s));
@@ -250,9 +254,11 @@ TEST(SubscriptWriteGeneral, StructureArrays) {
     EXPECT_EQ(3, at(s, 3).size());
     // Any other difference of members, or a value that is not a structure, is refused.
     Mm other = structure({"b", "a", "c"}, {cell_of({Mm(1.0), Mm(2.0), Mm(3.0)})});
-    EXPECT_ERROR(s(1.0) = other, "In the assignment x(...)=y, x and y (structures) must have identical members");
+    EXPECT_ERROR(s(1.0) = other,
+                 "In the assignment x(...)=y, x and y (structures) must have identical members");
     EXPECT_ERROR(s(1.0) = t, "In the assignment x(...)=y, x and y (structures) must have identical members");
-    EXPECT_ERROR(s(1.0) = 5.0, "In the assignment x(...)=y, x was a structure array but y was not a structure");
+    EXPECT_ERROR(s(1.0) = 5.0,
+                 "In the assignment x(...)=y, x was a structure array but y was not a structure");
     EXPECT_ERROR(s(1.0) = cell_of({Mm(1.0)}),
                  "In the assignment x(...)=y, x was a structure array but y was not a structure");
     EXPECT_EQ(5, s.size());
