@@ -18,9 +18,9 @@
 
 namespace {
 
-const double ulp = std::ldexp(1.0, -53);
-const double unit = std::ldexp(1.0, -52);
-const double w32 = std::pow(2.0, -32);
+constexpr double ulp = 1.0 / 9007199254740992.0;  // 2^-53
+constexpr double unit = 2.0 * ulp;                 // 2^-52, the scale of the saved index and register
+constexpr double w32 = 1.0 / 4294967296.0;         // 2^-32
 
 // The seed generator: seed = seed * 7^5 mod (2^31 - 1), scaled into (0, 1).
 constexpr double seed_multiplier = 16807.0;
@@ -112,7 +112,8 @@ double value_at(const Mm& m, int k) {
 
 bool is_command(const Mm& x, const char* word) {
     int n = static_cast<int>(std::strlen(word));
-    if (!x.flags.str || x.size() != n || (x.flags.type != ak_double && x.flags.type != ak_uchar)) return false;
+    if (!x.flags.str || x.flags.sparse || x.size() != n) return false;
+    if (x.flags.type != ak_double && x.flags.type != ak_uchar) return false;
     for (int k = 0; k < n; ++k)
         if (value_at(x, k) != static_cast<unsigned char>(word[k])) return false;
     return true;
@@ -225,8 +226,8 @@ Mm uniform_state_set(const Mm& y) {
 // block [0, xn] x [0, f(xn)], so xn solves x f(x) = 3a (xn = 2.77699427), and the tail beyond xn
 // is sampled apart. Each rectangle above spans [0, v(k+1)] horizontally and rises a / v(k+1) from
 // f(v(k+1)), its top meeting the curve at v(k): v(k) = f^-1(f(v(k+1)) + a / v(k+1)), 61 times.
-// The published table gives the edges to seven decimals, the tail start cut to 2.7769942, and that
-// is what the generator's constants are tuned to. V holds the edges doubled.
+// The published table gives the edges to seven decimals, the tail start cut rather than rounded
+// (2.7769942). V holds the edges doubled.
 struct normal_tables {
     double V[66];
     double T[64];
@@ -380,9 +381,9 @@ Mm sized(const char* fname, ak_internal::fill_kind kind, std::initializer_list<c
     return ak_internal::fill_matrix(nd, d, kind);
 }
 
-Mm rect(double m, double n, ak_internal::fill_kind kind) {
+Mm rect(const char* fname, double m, double n, ak_internal::fill_kind kind) {
     Mm sm(m), sn(n);
-    return sized("rand", kind, {&sm, &sn});
+    return sized(fname, kind, {&sm, &sn});
 }
 
 }  // namespace
@@ -424,8 +425,8 @@ const double* randn_table_W() { return tables().W; }
 
 }  // namespace ak_internal
 
-Mm randM(double n) { return rect(n, n, ak_internal::fill_rand); }
-Mm randM(double m, double n) { return rect(m, n, ak_internal::fill_rand); }
+Mm randM(double n) { return rect("rand", n, n, ak_internal::fill_rand); }
+Mm randM(double m, double n) { return rect("rand", m, n, ak_internal::fill_rand); }
 
 Mm randM(const Mm& x) {
     if (is_command(x, "state")) return uniform_state_vector();
@@ -448,8 +449,8 @@ Mm randM(const Mm& x, const Mm& y, const Mm& z, const Mm& w) {
     return sized("rand", ak_internal::fill_rand, {&x, &y, &z, &w});
 }
 
-Mm randn(double n) { return rect(n, n, ak_internal::fill_randn); }
-Mm randn(double m, double n) { return rect(m, n, ak_internal::fill_randn); }
+Mm randn(double n) { return rect("randn", n, n, ak_internal::fill_randn); }
+Mm randn(double m, double n) { return rect("randn", m, n, ak_internal::fill_randn); }
 
 Mm randn(const Mm& x) {
     if (is_command(x, "state")) return normal_state_vector();
@@ -474,6 +475,6 @@ Mm randn(const Mm& x, const Mm& y, const Mm& z, const Mm& w) {
 
 Mm randperm(const Mm& n) {
     Mm y, p;
-    sort(randM(one_M, n), i_o, y, p);
+    sort(sized("randperm", ak_internal::fill_rand, {&one_M, &n}), i_o, y, p);
     return p;
 }
