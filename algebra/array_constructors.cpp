@@ -157,28 +157,26 @@ Mm sized(const char* fname, fill_kind kind, int complex, std::initializer_list<c
 }  // namespace
 
 // The five constructors differ only in name, fill and complex flag.
-#define AK_CONSTRUCTOR_FAMILY(NAME, KIND)                                                           \
-    Mm NAME() { return square(1.0, KIND, 0); }                                                      \
-    Mm NAME(double n) { return square(n, KIND, 0); }                                                \
-    Mm NAME(double m, double n) { return rect(m, n, KIND, 0); }                                     \
-    Mm NAME(const Mm& x) { return sized(#NAME, KIND, 0, {&x}); }                                     \
-    Mm NAME(const Mm& m, const Mm& n) { return sized(#NAME, KIND, 0, {&m, &n}); }                    \
-    Mm NAME(const Mm& m, const Mm& n, const Mm& p) { return sized(#NAME, KIND, 0, {&m, &n, &p}); }  \
-    Mm NAME(const Mm& m, const Mm& n, const Mm& p, const Mm& q) {                                   \
-        return sized(#NAME, KIND, 0, {&m, &n, &p, &q});                                             \
+#define AK_CONSTRUCTOR_FAMILY(NAME, KIND)                                                          \
+    Mm NAME() { return square(1.0, KIND, 0); }                                                     \
+    Mm NAME(double n) { return square(n, KIND, 0); }                                               \
+    Mm NAME(double m, double n) { return rect(m, n, KIND, 0); }                                    \
+    Mm NAME(const Mm& x) { return sized(#NAME, KIND, 0, {&x}); }                                   \
+    Mm NAME(const Mm& m, const Mm& n) { return sized(#NAME, KIND, 0, {&m, &n}); }                  \
+    Mm NAME(const Mm& m, const Mm& n, const Mm& p) { return sized(#NAME, KIND, 0, {&m, &n, &p}); } \
+    Mm NAME(const Mm& m, const Mm& n, const Mm& p, const Mm& q) {                                  \
+        return sized(#NAME, KIND, 0, {&m, &n, &p, &q});                                            \
     }
 
-#define AK_COMPLEX_CONSTRUCTOR_FAMILY(NAME, KIND)                                                   \
-    Mm NAME(int c) { return square(1.0, KIND, c); }                                                 \
-    Mm NAME(int c, double n) { return square(n, KIND, c); }                                         \
-    Mm NAME(int c, double m, double n) { return rect(m, n, KIND, c); }                              \
-    Mm NAME(int c, const Mm& x) { return sized(#NAME, KIND, c, {&x}); }                              \
-    Mm NAME(int c, const Mm& m, const Mm& n) { return sized(#NAME, KIND, c, {&m, &n}); }             \
-    Mm NAME(int c, const Mm& m, const Mm& n, const Mm& p) {                                         \
-        return sized(#NAME, KIND, c, {&m, &n, &p});                                                 \
-    }                                                                                               \
-    Mm NAME(int c, const Mm& m, const Mm& n, const Mm& p, const Mm& q) {                            \
-        return sized(#NAME, KIND, c, {&m, &n, &p, &q});                                             \
+#define AK_COMPLEX_CONSTRUCTOR_FAMILY(NAME, KIND)                                                         \
+    Mm NAME(int c) { return square(1.0, KIND, c); }                                                       \
+    Mm NAME(int c, double n) { return square(n, KIND, c); }                                               \
+    Mm NAME(int c, double m, double n) { return rect(m, n, KIND, c); }                                    \
+    Mm NAME(int c, const Mm& x) { return sized(#NAME, KIND, c, {&x}); }                                   \
+    Mm NAME(int c, const Mm& m, const Mm& n) { return sized(#NAME, KIND, c, {&m, &n}); }                  \
+    Mm NAME(int c, const Mm& m, const Mm& n, const Mm& p) { return sized(#NAME, KIND, c, {&m, &n, &p}); } \
+    Mm NAME(int c, const Mm& m, const Mm& n, const Mm& p, const Mm& q) {                                  \
+        return sized(#NAME, KIND, c, {&m, &n, &p, &q});                                                   \
     }
 
 AK_CONSTRUCTOR_FAMILY(zeros, ak_internal::fill_zeros)

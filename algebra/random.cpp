@@ -19,8 +19,8 @@
 namespace {
 
 constexpr double ulp = 1.0 / 9007199254740992.0;  // 2^-53
-constexpr double unit = 2.0 * ulp;                 // 2^-52, the scale of the saved index and register
-constexpr double w32 = 1.0 / 4294967296.0;         // 2^-32
+constexpr double unit = 2.0 * ulp;                // 2^-52, the scale of the saved index and register
+constexpr double w32 = 1.0 / 4294967296.0;        // 2^-32
 
 // The seed generator: seed = seed * 7^5 mod (2^31 - 1), scaled into (0, 1).
 constexpr double seed_multiplier = 16807.0;
@@ -75,7 +75,7 @@ normal_state N;
 
 // Runtime lock 1, taken only when a host has set multi_task.
 class random_lock {
-public:
+  public:
     random_lock() : held_(multi_task != 0) {
         if (held_) ak_lock(ak_lock_random);
     }
@@ -85,7 +85,7 @@ public:
     random_lock(const random_lock&) = delete;
     random_lock& operator=(const random_lock&) = delete;
 
-private:
+  private:
     bool held_;
 };
 
@@ -443,7 +443,9 @@ Mm randM(const Mm& x, const Mm& y) {
     return sized("rand", ak_internal::fill_rand, {&x, &y});
 }
 
-Mm randM(const Mm& x, const Mm& y, const Mm& z) { return sized("rand", ak_internal::fill_rand, {&x, &y, &z}); }
+Mm randM(const Mm& x, const Mm& y, const Mm& z) {
+    return sized("rand", ak_internal::fill_rand, {&x, &y, &z});
+}
 
 Mm randM(const Mm& x, const Mm& y, const Mm& z, const Mm& w) {
     return sized("rand", ak_internal::fill_rand, {&x, &y, &z, &w});
@@ -467,7 +469,9 @@ Mm randn(const Mm& x, const Mm& y) {
     return sized("randn", ak_internal::fill_randn, {&x, &y});
 }
 
-Mm randn(const Mm& x, const Mm& y, const Mm& z) { return sized("randn", ak_internal::fill_randn, {&x, &y, &z}); }
+Mm randn(const Mm& x, const Mm& y, const Mm& z) {
+    return sized("randn", ak_internal::fill_randn, {&x, &y, &z});
+}
 
 Mm randn(const Mm& x, const Mm& y, const Mm& z, const Mm& w) {
     return sized("randn", ak_internal::fill_randn, {&x, &y, &z, &w});

@@ -20,7 +20,8 @@ int key_column(const Mm& x, double value, int cols) {
     if (position >= 0 && position < cols) return position;
     // The column index is an unnamed scalar: its display name is its truncated value.
     char column_name[32];
-    std::snprintf(column_name, sizeof column_name, "=%d", std::fabs(value) < 2147483647.0 ? static_cast<int>(value) : position + 1);
+    std::snprintf(column_name, sizeof column_name, "=%d",
+                  std::fabs(value) < 2147483647.0 ? static_cast<int>(value) : position + 1);
     error("%s(%s,%s): col index out of matrix. Index was %d but indexed matrix has %d columns.",
           display_name(x), "(temporary)", column_name, position + 1, cols);
     return -1;

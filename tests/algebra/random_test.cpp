@@ -99,7 +99,8 @@ struct normal_model {
         if (t <= 0.698802) return sign * y * b;
         if (t >= 1.0310721) return r;
         if (12.37586 * std::exp(-0.5 * (y * b) * (y * b)) > q + 11.67706) return sign * y * b;
-        if (std::exp(-V[k + 1] * V[k + 1] / 8) + (1 - q) * 0.03916606 / V[k + 1] <= std::exp(-u * u / 8)) return r;
+        if (std::exp(-V[k + 1] * V[k + 1] / 8) + (1 - q) * 0.03916606 / V[k + 1] <= std::exp(-u * u / 8))
+            return r;
         double a, d;
         do {
             a = std::log(uni());
@@ -156,8 +157,12 @@ TEST(RandomState, StartStateAndSeeding) {
     const struct {
         double seed;
         double word;
-    } seeds[] = {{5, 5}, {-1, 4294967295.0}, {4294967296.0, 4294967295.0}, {NAN, 4294967295.0},
-                 {123456.9, 123456}, {-4294967295.0, 1}};
+    } seeds[] = {{5, 5},
+                 {-1, 4294967295.0},
+                 {4294967296.0, 4294967295.0},
+                 {NAN, 4294967295.0},
+                 {123456.9, 123456},
+                 {-4294967295.0, 1}};
     for (auto c : seeds) {
         randM("state", c.seed);
         std::vector<double> t = values(randM("state"));
@@ -280,9 +285,11 @@ TEST(RandomState, NormalStateWords) {
 }
 
 TEST(RandomState, BadStateVectors) {
-    EXPECT_ERROR(randM("state", zeros(34.0, 1.0)), "rand('state',y): y must be scalar or 35-element state vector");
+    EXPECT_ERROR(randM("state", zeros(34.0, 1.0)),
+                 "rand('state',y): y must be scalar or 35-element state vector");
     EXPECT_ERROR(randM("state", Mm()), "rand('state',y): y must be scalar or 35-element state vector");
-    EXPECT_ERROR(randn("state", zeros(3.0, 1.0)), "randn('state',y): y must be scalar or 2-element state vector");
+    EXPECT_ERROR(randn("state", zeros(3.0, 1.0)),
+                 "randn('state',y): y must be scalar or 2-element state vector");
     EXPECT_ERROR(randM("seed", Mm()), "rand('seed',y): y must be a number");
     // A state vector with an index out of range is kept within the table.
     Mm s = randM("state");

@@ -1,6 +1,7 @@
 // sort, sortrows and the two sorters: NaN and Inf placement, stable indices, complex ties, shapes.
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <initializer_list>
 #include <numeric>
 #include <random>
@@ -41,7 +42,8 @@ std::string text(const Mm& m) {
     if (got.size() != want.size()) return ::testing::AssertionFailure() << "sizes differ";
     for (std::size_t k = 0; k < got.size(); ++k) {
         bool ok = std::isnan(want[k]) ? std::isnan(got[k]) : got[k] == want[k];
-        if (!ok) return ::testing::AssertionFailure() << "element " << k << ": " << got[k] << " vs " << want[k];
+        if (!ok)
+            return ::testing::AssertionFailure() << "element " << k << ": " << got[k] << " vs " << want[k];
     }
     return ::testing::AssertionSuccess();
 }
@@ -116,25 +118,24 @@ TEST(SortValues, ColumnsShapesAndKinds) {
 
 TEST(SortValues, MatchesStdSortOnManyInputs) {
     std::mt19937_64 gen(42);
-    std::vector<int> sizes = {1, 2, 6, 7, 8, 40, 41, 100, 1000, 100000};
-    for (int n : sizes) {
-        for (int kind = 0; kind < 6; ++kind) {
+    std::uniform_real_distribution<double> uniform(-1, 1);
+    // Element k of an input of length n, for each kind of input.
+    const std::vector<std::function<double(int, int)>> kinds = {
+        [&](int, int) { return uniform(gen); },
+        [&](int, int) { return static_cast<double>(gen() % 5); },  // many ties
+        [](int k, int) { return k; },                              // sorted
+        [](int k, int n) { return n - k; },                        // reversed
+        [](int k, int n) { return k < n / 2 ? k : n - k; },        // organ pipe
+        [](int, int) { return 7.0; },                              // all equal
+    };
+    for (int n : {1, 2, 6, 7, 8, 40, 41, 100, 1000, 100000}) {
+        for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
             std::vector<double> v(n);
-            for (int k = 0; k < n; ++k) {
-                switch (kind) {
-                    case 0: v[k] = std::uniform_real_distribution<double>(-1, 1)(gen); break;
-                    case 1: v[k] = static_cast<double>(gen() % 5); break;  // many ties
-                    case 2: v[k] = k; break;                               // sorted
-                    case 3: v[k] = n - k; break;                           // reversed
-                    case 4: v[k] = k < n / 2 ? k : n - k; break;           // organ pipe
-                    default: v[k] = 7.0; break;                            // all equal
-                }
-            }
+            for (int k = 0; k < n; ++k) v[k] = kinds[kind](k, n);
             std::vector<double> want = v;
             std::sort(want.begin(), want.end());
-            std::vector<double> got = v;
-            ak_internal::sort_column(got.data(), n);
-            EXPECT_EQ(got, want) << "n=" << n << " kind=" << kind;
+            ak_internal::sort_column(v.data(), n);
+            EXPECT_EQ(v, want) << "n=" << n << " kind=" << kind;
         }
     }
 }
@@ -254,9 +255,11 @@ TEST(SortRows, KeyColumns) {
     EXPECT_EQ(re(sw), (std::vector<double>{'a', 'b', 'b', 'z', 'x', 'y'}));
 
     EXPECT_ERROR(sortrows(x, Mm(3.0)),
-                 "(temporary)((temporary),=3): col index out of matrix. Index was 3 but indexed matrix has 2 columns.");
+                 "(temporary)((temporary),=3): col index out of matrix. Index was 3 but indexed matrix has 2 "
+                 "columns.");
     EXPECT_ERROR(sortrows(x, Mm(0.0)),
-                 "(temporary)((temporary),=0): col index out of matrix. Index was 0 but indexed matrix has 2 columns.");
+                 "(temporary)((temporary),=0): col index out of matrix. Index was 0 but indexed matrix has 2 "
+                 "columns.");
     sortrows(Mm(), i_o, y, i);
     EXPECT_EQ(y.size(), 0);
     EXPECT_EQ(i.size(), 0);
@@ -281,5 +284,6 @@ TEST(SortStrings, CellOfStrings) {
     // A cell that is not all strings does not sort.
     Mm mixed_list[2] = {TM("x"), Mm(1.0)};
     const Mm* mixed_ptrs[2] = {&mixed_list[0], &mixed_list[1]};
-    EXPECT_ERROR(sort(cell_from_array(2, mixed_ptrs)), "sort: numeric data expected, but matrix (temporary) is not");
+    EXPECT_ERROR(sort(cell_from_array(2, mixed_ptrs)),
+                 "sort: numeric data expected, but matrix (temporary) is not");
 }
