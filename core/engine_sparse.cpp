@@ -115,10 +115,10 @@ Mm sparse_engine(int complex, Mm a, Mm b, const Mm& dim, op_t op, int do_dim, Mm
     bool empty = is_empty(a) || is_empty(b);
     if (!empty && !do_dim) {
         if (stored_scalar(b) && a.size() != 1) {
-            if (group == sg_product) return on_stored_values(complex, a, full(b), true, op, extra);
+            if (group == sg_product) return on_stored_values(complex, sparse(a), full(b), true, op, extra);
             if (group == sg_union) group = sg_full_element;
         } else if (stored_scalar(a) && b.size() != 1) {
-            if (group == sg_product) return on_stored_values(complex, b, full(a), false, op, extra);
+            if (group == sg_product) return on_stored_values(complex, sparse(b), full(a), false, op, extra);
             if (group == sg_union) group = sg_full_element;
         }
     }

@@ -75,6 +75,12 @@ void Mm::storage_alloc(int complex, int sparse) {
     nfields = 0;
     classid = 0;
     index = nullptr;
+    if (nnz > max_elements) {
+        // Too large for any storage: reported as exhaustion, leaving an empty matrix.
+        error("Out of memory!");
+        nnz = 0;
+        dims[0] = dims[1] = dims[2] = dims[3] = 0;
+    }
     if (flags.type < ak_mm) {
         p = nnz + 8;
         // The imaginary half starts 8 bytes per element of capacity in, for every element type;
@@ -89,7 +95,8 @@ void Mm::storage_alloc(int complex, int sparse) {
     } else {
         p = nnz + 4;
         pi = nullptr;
-        Mm* elems = static_cast<Mm*>(ak_malloc(static_cast<unsigned>(sizeof(Mm) * p)));
+        std::size_t bytes = sizeof(Mm) * static_cast<std::size_t>(p);
+        Mm* elems = bytes > UINT_MAX ? nullptr : static_cast<Mm*>(ak_malloc(static_cast<unsigned>(bytes)));
         refs = elems ? static_cast<int*>(ak_malloc(8)) : nullptr;
         if (elems && !refs) {
             ak_free(elems);

@@ -100,3 +100,13 @@ TEST(EngineSparse, ComplexAndScalarOperands) {
     EXPECT_TRUE(q.flags.sparse);
     EXPECT_VALUES(full(q), {1});
 }
+
+TEST(EngineSparse, FullMatrixWithASparseScalarFactor) {
+    Mm a = row({1, 0, 3});
+    Mm two = sparse(Mm(2.0));
+    for (const Mm& t : {times(a, two), times(two, a), mand(a, sparse(Mm(1.0)))}) {
+        ASSERT_TRUE(t.flags.sparse);
+        EXPECT_EQ(2, t.nnz);
+    }
+    EXPECT_VALUES(full(times(two, a)), {2, 0, 6});
+}

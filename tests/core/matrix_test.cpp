@@ -412,3 +412,10 @@ TEST(MiniM, ShapesAndBounds) {
     copy.free();
     EXPECT_EQ(m.ndims, -1);
 }
+
+TEST(MatrixStorage, OversizedRequestsAreReportedNotWrapped) {
+    ak_test::ErrorsThrow guard;
+    EXPECT_ERROR(Mm(0, 1, 300000000, 100000, 10000, ak_double), "Out of memory!");
+    EXPECT_ERROR(Mm(0, 0, 0, 50000, 1000, ak_mm), "Out of memory!");
+    EXPECT_ERROR(Mm(0, 0, 0, 100000, 100000, ak_double), "Out of memory!");
+}
