@@ -210,7 +210,17 @@ int Mr::size() const {
 }
 
 void Mr::convert(int k, const Mm& i) {
-    Mm* converted = new Mm(subsindex(i));
+    Mm* converted;
+    try {
+        converted = new Mm(subsindex(i));
+    } catch (...) {
+        // A throwing error leaves the reference unbuilt: free what it converted so far.
+        for (int j = 0; j < k; ++j) {
+            if (owned[j]) delete idx[j];
+            owned[j] = 0;
+        }
+        throw;
+    }
     if (converted) {
         idx[k] = converted;
         owned[k] = 1;

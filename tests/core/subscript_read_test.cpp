@@ -290,3 +290,13 @@ TEST(SubscriptRead, CellSubscriptReducesTheBase) {
     EXPECT_EQ(V({1, 2}), values(Mm(w(five))));
     EXPECT_EQ(V({1, 2}), values(w));
 }
+
+TEST(SubscriptRead, AFailedIndexConversionFreesTheIndicesConvertedBefore) {
+    Mm x = counting(2, {3, 3});
+    Mm b(0, 0, 0, 1, 1, ak_uchar);
+    static_cast<unsigned char*>(b.pr)[0] = 1;
+    Mm c = named(cell_of({Mm(1.0)}), "c");
+    int before = ak_internal::pool_live_blocks();
+    EXPECT_ERROR(Mr(Mr_paren, x, b, c), "Can not convert c into a numeric matrix");
+    EXPECT_EQ(before, ak_internal::pool_live_blocks());
+}
