@@ -1,44 +1,43 @@
-// Matrix draws against a plain loop of scalar draws filling the same count.
+// Matrix draws against a plain loop of scalar draws filling a new matrix of the same size. Each
+// benchmark reports `ratio`, library time over baseline time, measured alternately in the same run
+// (bench/paired.h).
 #include <benchmark/benchmark.h>
 
 #include "arklib.h"
+#include "bench/paired.h"
 
 namespace {
 
-void BM_randM_matrix(benchmark::State& state) {
-    for (auto _ : state) {
-        Mm m = randM(1000.0);
-        benchmark::DoNotOptimize(m.addr());
-    }
-}
-BENCHMARK(BM_randM_matrix)->Unit(benchmark::kMicrosecond);
+constexpr int side = 1000;
 
-void BM_randM_scalar_loop(benchmark::State& state) {
-    for (auto _ : state) {
-        Mm m(0, 0, 0, 1000, 1000, ak_double);
-        double* p = m.addr();
-        for (int k = 0; k < 1000000; ++k) p[k] = randM();
-        benchmark::DoNotOptimize(m.addr());
-    }
+template <class Draw>
+void fill_by_loop(Draw draw) {
+    Mm m(0, 0, 0, side, side, ak_double);
+    double* p = m.addr();
+    for (int k = 0; k < side * side; ++k) p[k] = draw();
+    benchmark::DoNotOptimize(p);
 }
-BENCHMARK(BM_randM_scalar_loop)->Unit(benchmark::kMicrosecond);
 
-void BM_randn_matrix(benchmark::State& state) {
-    for (auto _ : state) {
-        Mm m = randn(1000.0);
-        benchmark::DoNotOptimize(m.addr());
-    }
+void randM_1000(benchmark::State& state) {
+    ak_bench::paired(
+        state,
+        [] {
+            Mm m = randM(static_cast<double>(side));
+            benchmark::DoNotOptimize(m.addr());
+        },
+        [] { fill_by_loop([] { return randM(); }); }, side * side);
 }
-BENCHMARK(BM_randn_matrix)->Unit(benchmark::kMicrosecond);
+BENCHMARK(randM_1000)->Unit(benchmark::kMillisecond);
 
-void BM_randn_scalar_loop(benchmark::State& state) {
-    for (auto _ : state) {
-        Mm m(0, 0, 0, 1000, 1000, ak_double);
-        double* p = m.addr();
-        for (int k = 0; k < 1000000; ++k) p[k] = randn();
-        benchmark::DoNotOptimize(m.addr());
-    }
+void randn_1000(benchmark::State& state) {
+    ak_bench::paired(
+        state,
+        [] {
+            Mm m = randn(static_cast<double>(side));
+            benchmark::DoNotOptimize(m.addr());
+        },
+        [] { fill_by_loop([] { return randn(); }); }, side * side);
 }
-BENCHMARK(BM_randn_scalar_loop)->Unit(benchmark::kMicrosecond);
+BENCHMARK(randn_1000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -1,5 +1,7 @@
-// sort against the standard library: one-output sort against std::sort, the two-output sort
-// against std::stable_sort of an index, on 10^7 uniform random doubles.
+// sort against the standard library on 10^7 uniform random doubles: the one-output sort against
+// a copy sorted by std::sort, the two-output sort against std::stable_sort of an index, and the
+// quicksort alone against std::sort alone. Each benchmark reports `ratio`, library time over
+// baseline time, both measured alternately in the same run (bench/paired.h).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include "arklib.h"
+#include "bench/paired.h"
 
 namespace {
 
@@ -30,68 +33,62 @@ Mm data_matrix() {
     return m;
 }
 
-// sort(x): copy, NaN scan and the three-way quicksort.
-void BM_sort_values(benchmark::State& state) {
+// y = sort(x): a new matrix, NaN scan and the quicksort; the baseline copies and calls std::sort.
+void sort_values(benchmark::State& state) {
     Mm x = data_matrix();
-    for (auto _ : state) {
-        Mm y = sort(x);
-        benchmark::DoNotOptimize(y.addr());
-    }
+    ak_bench::paired(
+        state,
+        [&] {
+            Mm y = sort(x);
+            benchmark::DoNotOptimize(y.addr());
+        },
+        [&] {
+            std::vector<double> y = data();
+            std::sort(y.begin(), y.end());
+            benchmark::DoNotOptimize(y.data());
+        },
+        n);
 }
-BENCHMARK(BM_sort_values)->Unit(benchmark::kMillisecond);
-
-// The same work by hand: a copy, then std::sort.
-void BM_std_sort(benchmark::State& state) {
-    for (auto _ : state) {
-        std::vector<double> y = data();
-        std::sort(y.begin(), y.end());
-        benchmark::DoNotOptimize(y.data());
-    }
-}
-BENCHMARK(BM_std_sort)->Unit(benchmark::kMillisecond);
+BENCHMARK(sort_values)->Unit(benchmark::kMillisecond)->Iterations(6);
 
 // The quicksort alone against std::sort alone, each on a fresh copy in a buffer of its own.
-void BM_sort_column(benchmark::State& state) {
-    std::vector<double> y(n);
-    for (auto _ : state) {
-        std::copy(data().begin(), data().end(), y.begin());
-        ak_internal::sort_column(y.data(), n);
-        benchmark::DoNotOptimize(y.data());
-    }
+void sort_column_raw(benchmark::State& state) {
+    std::vector<double> a(n), b(n);
+    ak_bench::paired(
+        state,
+        [&] {
+            std::copy(data().begin(), data().end(), a.begin());
+            ak_internal::sort_column(a.data(), n);
+            benchmark::DoNotOptimize(a.data());
+        },
+        [&] {
+            std::copy(data().begin(), data().end(), b.begin());
+            std::sort(b.begin(), b.end());
+            benchmark::DoNotOptimize(b.data());
+        },
+        n);
 }
-BENCHMARK(BM_sort_column)->Unit(benchmark::kMillisecond);
+BENCHMARK(sort_column_raw)->Unit(benchmark::kMillisecond)->Iterations(6);
 
-void BM_std_sort_raw(benchmark::State& state) {
-    std::vector<double> y(n);
-    for (auto _ : state) {
-        std::copy(data().begin(), data().end(), y.begin());
-        std::sort(y.begin(), y.end());
-        benchmark::DoNotOptimize(y.data());
-    }
-}
-BENCHMARK(BM_std_sort_raw)->Unit(benchmark::kMillisecond);
-
-// [y, i] = sort(x): sorted values and row numbers as doubles.
-void BM_sort_with_index(benchmark::State& state) {
+// [y, i] = sort(x): sorted values and row numbers as doubles; the baseline only orders an index.
+void sort_with_index(benchmark::State& state) {
     Mm x = data_matrix();
-    for (auto _ : state) {
-        Mm y, i;
-        sort(x, i_o, y, i);
-        benchmark::DoNotOptimize(i.addr());
-    }
-}
-BENCHMARK(BM_sort_with_index)->Unit(benchmark::kMillisecond);
-
-// The baseline: std::stable_sort of an index by its keys.
-void BM_std_stable_sort_index(benchmark::State& state) {
     const std::vector<double>& v = data();
-    for (auto _ : state) {
-        std::vector<int> idx(n);
-        std::iota(idx.begin(), idx.end(), 0);
-        std::stable_sort(idx.begin(), idx.end(), [&](int a, int b) { return v[a] < v[b]; });
-        benchmark::DoNotOptimize(idx.data());
-    }
+    ak_bench::paired(
+        state,
+        [&] {
+            Mm y, i;
+            sort(x, i_o, y, i);
+            benchmark::DoNotOptimize(i.addr());
+        },
+        [&] {
+            std::vector<int> idx(n);
+            std::iota(idx.begin(), idx.end(), 0);
+            std::stable_sort(idx.begin(), idx.end(), [&](int a, int b) { return v[a] < v[b]; });
+            benchmark::DoNotOptimize(idx.data());
+        },
+        n);
 }
-BENCHMARK(BM_std_stable_sort_index)->Unit(benchmark::kMillisecond);
+BENCHMARK(sort_with_index)->Unit(benchmark::kMillisecond)->Iterations(4);
 
 }  // namespace
