@@ -327,3 +327,20 @@ TEST(SubscriptWriteGeneral, UserClassSubsasgn) {
     p.member("x") = 1.0;
     EXPECT_EQ(V({1}), values(field(p, 1, "x")));
 }
+
+// With a handler that returns, a failed assignment leaves a well-formed target: unchanged after a
+// refused index or conversion, replaced by the value after the {} message (the write goes on).
+TEST(SubscriptWriteGeneral, ErrorHandlerThatReturns) {
+    ak_test::Recorder rec(ak_test::Recorder::kErrors);
+    Mm x = named(row({1, 2}), "x");
+    x(0.0) = 1.0;
+    (x(c_p, 0.0, 1.0) = 1.0);
+    x(1.0) = cell_of({Mm(1.0)});
+    EXPECT_EQ(V({1, 2}), values(x));
+    x.br(2.0) = 5.0;
+    ASSERT_EQ(4u, rec.errors.size());
+    EXPECT_EQ("x(=0): index is non-positive", rec.errors[0]);
+    EXPECT_EQ("'x' is not a cell array and can't be {}-indexed", rec.errors[3]);
+    EXPECT_EQ(V({5}), values(x));
+    EXPECT_STREQ("x", x.getname());
+}
