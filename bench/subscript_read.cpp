@@ -134,7 +134,7 @@ BENCHMARK(scalar_plain)->Name("scalar_read/plain")->Unit(benchmark::kMillisecond
 
 // Prints the usual table, then "name: ak / plain = ratio" for every pair of runs.
 class ratio_reporter : public benchmark::ConsoleReporter {
-public:
+  public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
@@ -160,7 +160,7 @@ public:
         }
     }
 
-private:
+  private:
     std::map<std::string, double> times_;
     std::map<std::string, bool> medians_;
 };

@@ -108,8 +108,8 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
         if (pos < 0) {
             if (report) {
                 const char* bname = display_name(base);
-                error("index %s out of matrix %s. Index value was %d which is not positive.", index_name(r, k),
-                      bname, pos + 1);
+                error("index %s out of matrix %s. Index value was %d which is not positive.",
+                      index_name(r, k), bname, pos + 1);
             }
             return -1;
         }
@@ -119,18 +119,20 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
                 if (vdim == 0) {
                     if (report) {
                         const char* bname = display_name(base);
-                        error("Index %s out of matrix %s. Index value was %d however the indexed matrix has "
-                              "only %d elements.",
-                              index_name(r, k), bname, pos + 1, size);
+                        error(
+                            "Index %s out of matrix %s. Index value was %d however the indexed matrix has "
+                            "only %d elements.",
+                            index_name(r, k), bname, pos + 1, size);
                     }
                     return -1;
                 }
                 if (!growing) {
                     if (report) {
                         const char* bname = display_name(base);
-                        error("Index %s out of vector %s. Index value was %d however the indexed vector has "
-                              "only %d elements.",
-                              index_name(r, k), bname, pos + 1, size);
+                        error(
+                            "Index %s out of vector %s. Index value was %d however the indexed vector has "
+                            "only %d elements.",
+                            index_name(r, k), bname, pos + 1, size);
                     }
                     return -1;
                 }
@@ -140,9 +142,10 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
             if (pos >= extent && !growing) {
                 if (report) {
                     const char* bname = display_name(base);
-                    error("Index %s out of matrix %s. Index value was %d however the indexed matrix has %d "
-                          "elements in this dimension.",
-                          index_name(r, k), bname, pos + 1, extent);
+                    error(
+                        "Index %s out of matrix %s. Index value was %d however the indexed matrix has %d "
+                        "elements in this dimension.",
+                        index_name(r, k), bname, pos + 1, extent);
                 }
                 return -1;
             }

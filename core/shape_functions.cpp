@@ -182,7 +182,8 @@ Mm sub2ind(const Mm& siz, const Mm& i, const Mm& j, const Mm& k, const Mm& l) {
     return sub2ind_of(siz, subs, 4);
 }
 
-// ---- permute and ipermute ----------------------------------------------------------------------------------
+// ---- permute and ipermute
+// ----------------------------------------------------------------------------------
 
 namespace {
 
@@ -446,7 +447,8 @@ int normalize_dim_argument(const char* function, const Mm& x, const Mm& dim) {
     return static_cast<int>(v) - 1;
 }
 
-// ---- the colon family -----------------------------------------------------------------------------------------
+// ---- the colon family
+// -----------------------------------------------------------------------------------------
 
 Mm colon() { return c_p; }
 

@@ -63,7 +63,7 @@ Mm failed() { return Mm(nothing); }
 // The temporary that a chained reference reads its base into, freed when the read ends (also when
 // error throws).
 class chain_base {
-public:
+  public:
     chain_base(const Mr& r, int report) : r_(r) {
         if (r.chained) r.base = r.parent ? new Mm(*r.parent, report) : nullptr;
     }
@@ -76,7 +76,7 @@ public:
     chain_base(const chain_base&) = delete;
     chain_base& operator=(const chain_base&) = delete;
 
-private:
+  private:
     const Mr& r_;
 };
 
@@ -148,7 +148,8 @@ Mm resolve(const Mr& r, int report) {
     }
     if (b.classid) {
         const char* cls = class_name_of(b);
-        if (is_class_function(cls, "subsref")) return call_class_function("subsref", b, build_subs_descriptor(r));
+        if (is_class_function(cls, "subsref"))
+            return call_class_function("subsref", b, build_subs_descriptor(r));
     }
     if (r.type == Mr_dot) return member_read(r, b, report);
     if (r.type == Mr_brace) return content_read(r, b, report);

@@ -63,8 +63,8 @@ inline void copy_block(T* o, T* oi, int to, const T* re, const T* im, int from, 
 void report_one(const Mm& b, const Mm& ix, int pos, int n) {
     const char* iname = display_name(ix);  // names are formatted right to left
     const char* bname = display_name(b);
-    error("%s(%s) : Index out of matrix. Index value was %d however the indexed matrix has %d elements.", bname,
-          iname, pos + 1, n);
+    error("%s(%s) : Index out of matrix. Index value was %d however the indexed matrix has %d elements.",
+          bname, iname, pos + 1, n);
 }
 
 // ---- one index, 2-D dense base ----------------------------------------------------------------------
@@ -131,8 +131,8 @@ void report_two(const Mm& b, const Mm& I, const Mm& J, bool row, int pos, int li
     const char* iname = display_name(I);
     const char* bname = display_name(b);
     if (row)
-        error("%s(%s,%s): row index out of matrix. Index was %d but indexed matrix has %d rows.", bname, iname,
-              jname, pos + 1, limit);
+        error("%s(%s,%s): row index out of matrix. Index was %d but indexed matrix has %d rows.", bname,
+              iname, jname, pos + 1, limit);
     else
         error("%s(%s,%s): col index out of matrix. Index was %d but indexed matrix has %d columns.", bname,
               iname, jname, pos + 1, limit);

@@ -22,7 +22,7 @@ Mm subsindex(const Mm& x);
 // index matrices. It holds raw pointers and takes no reference counts: it must not outlive the
 // statement that built it.
 class Mr {
-public:
+  public:
     int n;                    // number of index matrices, 0 to 4; -1 when default-constructed
     Mr_idx_type type;         // kind of the reference
     const char* member_name;  // member of an Mr_dot reference (not owned), else null
@@ -32,7 +32,9 @@ public:
     int owned[4];             // idx[k] was converted by this reference and is deleted with it
     const Mm* idx[4];         // the index matrices in argument order
 
-    Mr() : n(-1), type(Mr_unset), member_name(nullptr), chained(0), base(nullptr), parent(nullptr) { clear(); }
+    Mr() : n(-1), type(Mr_unset), member_name(nullptr), chained(0), base(nullptr), parent(nullptr) {
+        clear();
+    }
 
     // x() : the whole base.
     explicit Mr(const Mm& b) : n(0), type(Mr_paren), member_name(nullptr) { on_matrix(b); }
@@ -103,7 +105,12 @@ public:
 
     // A copy frees nothing: only the first reference owns the indices it converted.
     Mr(const Mr& r)
-        : n(r.n), type(r.type), member_name(r.member_name), chained(r.chained), base(r.base), parent(r.parent) {
+        : n(r.n),
+          type(r.type),
+          member_name(r.member_name),
+          chained(r.chained),
+          base(r.base),
+          parent(r.parent) {
         for (int k = 0; k < 4; ++k) {
             owned[k] = 0;
             idx[k] = r.idx[k];
@@ -144,7 +151,7 @@ public:
     // Number of elements of the value read (reporting faults).
     int size() const;
 
-private:
+  private:
     void assign(const Mm& y);  // every assignment but the inline scalar store
     // x(k) = v and x(r,c) = v: a real scalar v into a real dense double x that this head alone holds,
     // at plain scalar indices whose rounded values lie inside x. False for anything else.
@@ -153,9 +160,9 @@ private:
         Mm& b = *base;
         const Mm& i = *idx[0];
         // Each term is 0 for the case served here; one test instead of a branch per condition.
-        const int other = (y.flags.type ^ ak_double) | (y.nnz ^ 1) | y.flags.sparse | (b.flags.type ^ ak_double) |
-                          b.flags.sparse | b.classid | (i.flags.type ^ ak_double) | (i.nnz ^ 1) | i.flags.logical |
-                          i.flags.sparse;
+        const int other = (y.flags.type ^ ak_double) | (y.nnz ^ 1) | y.flags.sparse |
+                          (b.flags.type ^ ak_double) | b.flags.sparse | b.classid |
+                          (i.flags.type ^ ak_double) | (i.nnz ^ 1) | i.flags.logical | i.flags.sparse;
         if (other || y.pi || b.pi || !b.refs || *b.refs != 1) return false;
         const double v = *static_cast<const double*>(i.pr);
         double* to;
@@ -164,11 +171,13 @@ private:
             to = static_cast<double*>(b.pr) + static_cast<int>(v - 1.0);
         } else {
             const Mm& j = *idx[1];
-            if (((j.flags.type ^ ak_double) | (j.nnz ^ 1) | j.flags.logical | j.flags.sparse | (b.ndims ^ 2)) != 0)
+            if (((j.flags.type ^ ak_double) | (j.nnz ^ 1) | j.flags.logical | j.flags.sparse |
+                 (b.ndims ^ 2)) != 0)
                 return false;
             const double w = *static_cast<const double*>(j.pr);
             if (!(v >= 0.5 && v < b.dims[0] + 0.5 && w >= 0.5 && w < b.dims[1] + 0.5)) return false;
-            to = static_cast<double*>(b.pr) + static_cast<int>(w - 1.0) * b.dims[0] + static_cast<int>(v - 1.0);
+            to = static_cast<double*>(b.pr) + static_cast<int>(w - 1.0) * b.dims[0] +
+                 static_cast<int>(v - 1.0);
         }
         *to = *static_cast<const double*>(y.pr);
         return true;

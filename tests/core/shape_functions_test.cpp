@@ -80,7 +80,8 @@ TEST(ShapeFunctions, PermuteMovesEveryElement) {
 TEST(ShapeFunctions, PermuteRejectsBadOrders) {
     Mm x = counting(3, {2, 3, 4});
     EXPECT_ERROR(permute(x, row({1, 2, 3, 4, 5})), "permute: order has too many dimensions");
-    EXPECT_ERROR(permute(x, row({2, 1})), "permute: order should have same number of elements as x dimensions");
+    EXPECT_ERROR(permute(x, row({2, 1})),
+                 "permute: order should have same number of elements as x dimensions");
     EXPECT_ERROR(permute(x, row({1, 2, 4})), "permute: out of range values in order");
     EXPECT_ERROR(permute(x, row({0, 1, 2})), "permute: out of range values in order");
     EXPECT_ERROR(permute(x, row({1, 1, 2})), "permute: repeated values in order");

@@ -39,8 +39,9 @@ TEST(SubscriptCells, ContentReads) {
     EXPECT_EQ(V{10}, values(Mm(c.br(row({1, 2, 3})))));
     EXPECT_EQ(V({1, 2, 3}), values(Mm(c.br(logical(row({0, 0, 1}))))));
     EXPECT_EQ(V({1, 2, 3}), values(Mm(c.br(1.0, 3.0))));
-    EXPECT_ERROR(Mm(c.br(4.0)), "Index =4 out of vector c. Index value was 4 however the indexed vector has only "
-                                "3 elements.");
+    EXPECT_ERROR(Mm(c.br(4.0)),
+                 "Index =4 out of vector c. Index value was 4 however the indexed vector has only "
+                 "3 elements.");
     EXPECT_ERROR(Mm(c.br(0.0)), "index =0 out of matrix c. Index value was 0 which is not positive.");
     Mm x = named(row({1, 2}), "x");
     EXPECT_ERROR(Mm(x.br(1.0)), "variable 'x' was {}-indexed, but it is not a cell array");
@@ -106,8 +107,9 @@ TEST(SubscriptCells, StructureArraySelections) {
     EXPECT_EQ(D({2, 1, 2, 1, 1}), dims(at(past, 1)));
     EXPECT_EQ(0, at(at(past, 1), 1).size());
     Mm named_s = named(s, "s");
-    EXPECT_ERROR(Mm(named_s(5.0)), "Index =5 out of vector s. Index value was 5 however the indexed vector has "
-                                   "only 3 elements.");
+    EXPECT_ERROR(Mm(named_s(5.0)),
+                 "Index =5 out of vector s. Index value was 5 however the indexed vector has "
+                 "only 3 elements.");
 }
 
 TEST(SubscriptCells, ChainedReadsAndTheirTemporaries) {
@@ -125,8 +127,9 @@ TEST(SubscriptCells, ChainedReadsAndTheirTemporaries) {
     EXPECT_EQ(before, ak_internal::pool_live_blocks());
     Mm c = cell_of({Mm(1.0), TM("hello")});
     EXPECT_EQ("l", text(Mm(c.br(2.0)(3.0))));
-    EXPECT_ERROR(Mm(c.br(2.0)(9.0)), "(temporary)(=9) : Index out of matrix. Index value was 9 however the "
-                                     "indexed matrix has 5 elements.");
+    EXPECT_ERROR(Mm(c.br(2.0)(9.0)),
+                 "(temporary)(=9) : Index out of matrix. Index value was 9 however the "
+                 "indexed matrix has 5 elements.");
     EXPECT_ERROR(Mm(c.br(1.0).member("f")), "=1.f: not a structure");
 }
 

@@ -62,12 +62,14 @@ TEST(SubscriptSparse, OneIndexAndSharingReads) {
     EXPECT_TRUE(flat.issparse());
     EXPECT_EQ(D({2, 12, 1, 1, 1}), dims(flat));
     Mm k = named(Mm(13.0), "k"), z = named(Mm(0.0), "z");
-    EXPECT_ERROR(Mm(s(k)), "Index k out of matrix s. Index value was 13 however the indexed matrix has only 12 "
-                           "elements.");
+    EXPECT_ERROR(Mm(s(k)),
+                 "Index k out of matrix s. Index value was 13 however the indexed matrix has only 12 "
+                 "elements.");
     EXPECT_ERROR(Mm(s(z)), "index z out of matrix s. Index value was 0 which is not positive.");
     Mm v = named(sparse(row({0, 3, 0})), "v");
-    EXPECT_ERROR(Mm(v(4.0)), "Index =4 out of vector v. Index value was 4 however the indexed vector has only 3 "
-                             "elements.");
+    EXPECT_ERROR(Mm(v(4.0)),
+                 "Index =4 out of vector v. Index value was 4 however the indexed vector has only 3 "
+                 "elements.");
     // A complex read that selects only real entries is real.
     Mm c = sparse(row({1, 2}));
     c.getcomplex();

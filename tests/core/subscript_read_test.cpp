@@ -19,8 +19,9 @@ TEST(SubscriptRead, FractionalIndicesTruncateAfterSubtractingOne) {
                  "x(=0) : Index out of matrix. Index value was 0 however the indexed matrix has 3 elements.");
     EXPECT_ERROR(Mm(x(4.0)),
                  "x(=4) : Index out of matrix. Index value was 4 however the indexed matrix has 3 elements.");
-    EXPECT_ERROR(Mm(x(-1.5)),
-                 "x(=-1) : Index out of matrix. Index value was -1 however the indexed matrix has 3 elements.");
+    EXPECT_ERROR(
+        Mm(x(-1.5)),
+        "x(=-1) : Index out of matrix. Index value was -1 however the indexed matrix has 3 elements.");
     Mm idx = named(row({1, 7}), "k");
     EXPECT_ERROR(Mm(x(idx)),
                  "x(k) : Index out of matrix. Index value was 7 however the indexed matrix has 3 elements.");
@@ -111,8 +112,10 @@ TEST(SubscriptRead, TwoIndexReads) {
     Mm r5 = named(Mm(5.0), "r"), c9 = named(Mm(9.0), "c"), c0 = named(Mm(0.0), "c");
     EXPECT_ERROR(Mm(m(r5, c9)),
                  "m(r,c): col index out of matrix. Index was 9 but indexed matrix has 4 columns.");
-    EXPECT_ERROR(Mm(m(r5, 1.0)), "m(r,=1): row index out of matrix. Index was 5 but indexed matrix has 3 rows.");
-    EXPECT_ERROR(Mm(m(1.0, c0)), "m(=1,c): col index out of matrix. Index was 0 but indexed matrix has 4 columns.");
+    EXPECT_ERROR(Mm(m(r5, 1.0)),
+                 "m(r,=1): row index out of matrix. Index was 5 but indexed matrix has 3 rows.");
+    EXPECT_ERROR(Mm(m(1.0, c0)),
+                 "m(=1,c): col index out of matrix. Index was 0 but indexed matrix has 4 columns.");
     EXPECT_ERROR(Mm(m(logical(row({0, 0, 0, 1})), c_p)),
                  "m((temporary),:): row index out of matrix. Index was 4 but indexed matrix has 3 rows.");
 }
@@ -121,7 +124,8 @@ TEST(SubscriptRead, TwoIndexReads) {
 // temporaries of a message show the leftmost one's value.
 TEST(SubscriptRead, ScalarTemporariesInOneMessageShareTheBuffer) {
     Mm m = named(counting(2, {3, 3}), "m");
-    EXPECT_ERROR(Mm(m(5.0, 1.0)), "m(=5,=5): row index out of matrix. Index was 5 but indexed matrix has 3 rows.");
+    EXPECT_ERROR(Mm(m(5.0, 1.0)),
+                 "m(=5,=5): row index out of matrix. Index was 5 but indexed matrix has 3 rows.");
     Mm t = counting(2, {3, 3});
     EXPECT_ERROR(Mm(t(5.0, 1.0)),
                  "(temporary)(=5,=5): row index out of matrix. Index was 5 but indexed matrix has 3 rows.");
@@ -148,8 +152,9 @@ TEST(SubscriptRead, SharingReadsCopyNoElements) {
     EXPECT_EQ(0, Mm(g(c_p)).isglobal());
     // A copy of the colon is not a colon (it is an empty index), and neither is the string ":".
     EXPECT_EQ(0, Mm(x(colon())).size());
-    EXPECT_ERROR(Mm(x(TM(":"))), "Index =58 out of matrix (temporary). Index value was 58 however the indexed "
-                                 "matrix has only 12 elements.");
+    EXPECT_ERROR(Mm(x(TM(":"))),
+                 "Index =58 out of matrix (temporary). Index value was 58 however the indexed "
+                 "matrix has only 12 elements.");
 }
 
 TEST(SubscriptRead, ThreeDimensionalReads) {
@@ -173,11 +178,13 @@ TEST(SubscriptRead, ThreeDimensionalReads) {
     EXPECT_EQ(D({2, 1, 3, 1, 1}), dims(Mm(x(row({1, 2, 3})))));
     EXPECT_EQ(D({2, 3, 1, 1, 1}), dims(Mm(x(col({1, 2, 3})))));
     Mm k = named(Mm(3.0), "k"), z = named(Mm(0.0), "z"), big = named(Mm(13.0), "big");
-    EXPECT_ERROR(Mm(x(1.0, 1.0, k)), "Index k out of matrix x. Index value was 3 however the indexed matrix has 2 "
-                                     "elements in this dimension.");
+    EXPECT_ERROR(Mm(x(1.0, 1.0, k)),
+                 "Index k out of matrix x. Index value was 3 however the indexed matrix has 2 "
+                 "elements in this dimension.");
     EXPECT_ERROR(Mm(x(z, 1.0, 1.0)), "index z out of matrix x. Index value was 0 which is not positive.");
-    EXPECT_ERROR(Mm(x(big)), "Index big out of matrix x. Index value was 13 however the indexed matrix has only "
-                             "12 elements.");
+    EXPECT_ERROR(Mm(x(big)),
+                 "Index big out of matrix x. Index value was 13 however the indexed matrix has only "
+                 "12 elements.");
     // Four indices and a 4-D array.
     Mm w = counting(4, {2, 2, 2, 2});
     EXPECT_EQ(V{16}, values(Mm(w(2.0, 2.0, 2.0, 2.0))));

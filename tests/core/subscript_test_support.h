@@ -17,8 +17,12 @@ inline Mm mat(int rows, int cols, std::initializer_list<double> values) {
     return m;
 }
 
-inline Mm row(std::initializer_list<double> values) { return mat(1, static_cast<int>(values.size()), values); }
-inline Mm col(std::initializer_list<double> values) { return mat(static_cast<int>(values.size()), 1, values); }
+inline Mm row(std::initializer_list<double> values) {
+    return mat(1, static_cast<int>(values.size()), values);
+}
+inline Mm col(std::initializer_list<double> values) {
+    return mat(static_cast<int>(values.size()), 1, values);
+}
 
 // first, first+1, ..., in an array of the given shape.
 inline Mm counting(int nd, std::initializer_list<int> dims, double first = 1.0) {
