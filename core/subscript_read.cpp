@@ -185,9 +185,9 @@ inline bool scalar_read(const Mr& r, Mm& m) {
     m.flags.workspace_var = 0;
     m.flags.global = 0;
     m.storage_alloc(complex, 0);  // sets the storage words, the field table and the class id
-    if (!m.pr) return true;       // out of memory was reported; a valid empty matrix is left
+    if (m.nnz != 1) return true;  // out of memory was reported; a valid empty matrix is left
     *static_cast<double*>(m.pr) = static_cast<const double*>(b.pr)[pos];
-    if (complex) *static_cast<double*>(m.pi) = bi[pos];
+    if (m.pi) *static_cast<double*>(m.pi) = bi[pos];
     return true;
 }
 
