@@ -97,7 +97,6 @@ bool bucket_pool::reserve() {
     header->end = 0;
     if (range_) reinterpret_cast<range_header*>(range_)->end = reserve_end_;
     range_ = start;
-    if (!reserve_base_) reserve_base_ = start;
     reserve_end_ = start + unit_;
     commit_end_ = start + page_size();
     // Blocks start 4 bytes below a pool_step boundary, so that every user pointer is 8-aligned.
@@ -116,7 +115,7 @@ void bucket_pool::release() {
         if (start) end = reinterpret_cast<range_header*>(start)->end;
     }
     for (auto& head : free_) head = nullptr;
-    reserve_base_ = reserve_end_ = commit_end_ = break_ = range_ = 0;
+    reserve_end_ = commit_end_ = break_ = range_ = 0;
 }
 
 std::size_t bucket_pool::reserved_bytes() const {
@@ -256,8 +255,9 @@ __attribute__((noinline)) void* allocate(std::size_t size) {
 
 AK_NO_ASAN unsigned char tier_byte(const void* p) { return static_cast<const unsigned char*>(p)[-1]; }
 
-AK_NO_ASAN bool marked_in_use(const unsigned char* head) {
-    return head[0] == block_mark && head[1] < bucket_count;
+// The bucket of a bare block in use whose 4-byte head is at head, or -1.
+AK_NO_ASAN int bucket_in_use(const unsigned char* head) {
+    return head[0] == block_mark && head[1] < bucket_count ? head[1] : -1;
 }
 
 // Copies bytes of a block whose extent the caller knows better than the poisoning does.
@@ -327,19 +327,16 @@ void* ak_realloc(void* p, unsigned size) {
         return nullptr;
     }
     unsigned char* head = static_cast<unsigned char*>(p) - 4;
-    bool in_use;
     int bucket;
+    bool in_use;
     {
         allocator_lock lock;
         // A C-heap block has no head there; its cleared gap reads as a block not in use.
-        in_use = tier_byte(p) == 0 && marked_in_use(head);
-        if (in_use) {
-            bucket = head[1];
-        } else {
-            bucket = pool.find_free(head, 1);
-            if (bucket < 0) bucket = pool.find_free(head, 4);
-            if (bucket < 0) bucket = not_found_bucket;
-        }
+        bucket = tier_byte(p) == 0 ? bucket_in_use(head) : -1;
+        in_use = bucket >= 0;
+        if (!in_use) bucket = pool.find_free(head, 1);
+        if (bucket < 0) bucket = pool.find_free(head, 4);
+        if (bucket < 0) bucket = not_found_bucket;
     }
     std::size_t capacity = pool.capacity(bucket);
     if (in_use && bucket != 0 && size > pool.capacity(bucket - 1) && size <= capacity) return p;

@@ -60,8 +60,8 @@ public:
     }
 
     // The fast path of take: a block from its bucket's list, or null when that would need more.
+    // Before the first growth every list is empty, whatever bucket_for makes of a step of 0.
     void* take_listed(std::size_t n) {
-        if (step_ == 0) return nullptr;
         int b = bucket_for(n);
         return b >= 0 && free_[b] ? pop(b, n) : nullptr;
     }
@@ -100,6 +100,12 @@ private:
     struct unaligned_ptr {
         unsigned char* p;
     } __attribute__((packed));
+    struct unaligned_head {
+        std::uint16_t mark_and_bucket;
+    } __attribute__((packed));
+    AK_NO_ASAN static void store_head(unsigned char* block, std::uint16_t v) {
+        reinterpret_cast<unaligned_head*>(block)->mark_and_bucket = v;
+    }
     AK_NO_ASAN static unsigned char* load_link(const unsigned char* block) {
         return reinterpret_cast<const unaligned_ptr*>(block + 4)->p;
     }
@@ -131,8 +137,7 @@ private:
         unsigned char* block = free_[b];
         free_[b] = load_link(block);
         store_link(block, nullptr);  // also clears the tier byte
-        block[0] = block_mark;
-        block[1] = static_cast<unsigned char>(b);
+        store_head(block, static_cast<std::uint16_t>(block_mark | b << 8));
         ++live_;
         unsigned char* user = block + block_prefix;
         unpoison(user, n - request_overhead);
@@ -150,7 +155,6 @@ private:
     unsigned char* free_[bucket_count] = {};
     std::size_t step_ = 0;  // pool_step: 8 pages
     int step_bucket_ = 0;   // first bucket whose block size is not below pool_step
-    std::uintptr_t reserve_base_ = 0;
     std::uintptr_t reserve_end_ = 0;
     std::uintptr_t commit_end_ = 0;
     std::uintptr_t break_ = 0;  // end of what the buckets have taken
