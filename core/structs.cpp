@@ -104,7 +104,8 @@ Mm cell2struct(const Mm&, const Mm&) {
 Mm cell2struct(const Mm& x, const Mm& fields, const Mm& dim) {
     const char* fname = "cell2struct";
     int d = 0;
-    if (dim.nnz > 0 && dim.flags.type == ak_double && std::fabs(*dim.addr()) < 2e9) d = static_cast<int>(*dim.addr());
+    if (dim.nnz > 0 && dim.flags.type == ak_double && std::fabs(*dim.addr()) < 2e9)
+        d = static_cast<int>(*dim.addr());
     if (dim.nnz > 0 && dim.flags.type == ak_uchar) d = *static_cast<const unsigned char*>(dim.pr);
     int n = x.size(d);
     if (n != 0 && fields.size() != n) {

@@ -68,7 +68,7 @@ Mm deblank_matrix(const Mm& x) {
 
 // The rows of text gathered from the arguments of str2mat and strvcat.
 class text_rows {
-public:
+  public:
     text_rows(const char* caller, bool keep_empty) : caller_(caller), keep_empty_(keep_empty) {}
 
     void add(const Mm& a, bool inside_cell = false) {
@@ -98,7 +98,7 @@ public:
         return r;
     }
 
-private:
+  private:
     void add_numeric(const Mm& a) {
         int rows = a.dims[0], cols = a.nnz / rows;
         for (int i = 0; i < rows; ++i) {

@@ -65,8 +65,8 @@ const char* class_name_of_id(int id);
 const char* class_name_of(const Mm& m);
 
 // ---- class and conversion functions of the language ---------------------------------------------------
-Mm mclass(const Mm& x);                    // class(x): the class word as a string
-Mm mclass(const Mm& x, const Mm& name);    // class(s, name): s made an object of class name
+Mm mclass(const Mm& x);                  // class(x): the class word as a string
+Mm mclass(const Mm& x, const Mm& name);  // class(s, name): s made an object of class name
 Mm isa(const Mm& x, const Mm& name);
 Mm mdouble(const Mm& x);
 Mm muint8(const Mm& x);

@@ -14,11 +14,11 @@ namespace {
 
 // The registry is global and never shrinks: tests that fill it put the old contents back.
 class SavedClassTable {
-public:
+  public:
     SavedClassTable() : saved_(new class_table_t(class_table)) {}
     ~SavedClassTable() { class_table = *saved_; }
 
-private:
+  private:
     std::unique_ptr<class_table_t> saved_;
 };
 
@@ -136,7 +136,8 @@ TEST(ClassRegistry, CallsAdaptToTheRegisteredShape) {
     EXPECT_EQ(num(high), 9.0);
     EXPECT_EQ(num(call_class_function("split", Mm(1.0), obj)), 1.0);
     // With no operand holding fields the last one names the class.
-    EXPECT_ERROR(call_class_function("one", Mm(1.0), Mm(2.0), Mm(3.0)), "class double has no method named one");
+    EXPECT_ERROR(call_class_function("one", Mm(1.0), Mm(2.0), Mm(3.0)),
+                 "class double has no method named one");
     EXPECT_EQ(num(call_class_function("one", Mm(1.0), Mm(2.0), obj)), 20.0);
 }
 
@@ -177,7 +178,7 @@ TEST(Conversions, DoubleUint8LogicalChar) {
 
     Mm b = muint8(row({300.7, -1, 65.9}));
     ASSERT_EQ(b.gettype(), ak_uchar);
-    EXPECT_EQ(b.ur(1), 44);   // truncated, low byte kept
+    EXPECT_EQ(b.ur(1), 44);  // truncated, low byte kept
     EXPECT_EQ(b.ur(2), 255);
     EXPECT_EQ(b.ur(3), 65);
     EXPECT_EQ(muint8(b).pr, b.pr);  // already bytes: the same storage

@@ -172,7 +172,8 @@ TEST(StructFields, GetfieldWalksMembersAndIndices) {
 
     EXPECT_ERROR(getfield(s, cell_row({Mm(1.0)})), "getfield: index must be a string or cell array");
     EXPECT_ERROR(getfield(s, TM("zz")), "(temporary).zz: structure field does not exist");
-    EXPECT_ERROR(getfield(row({1, 2}), TM("a")), "getfield: structure expected, but matrix (temporary) is not");
+    EXPECT_ERROR(getfield(row({1, 2}), TM("a")),
+                 "getfield: structure expected, but matrix (temporary) is not");
     EXPECT_ERROR(getfield(s), "getfield does not accept 1 input");
 }
 

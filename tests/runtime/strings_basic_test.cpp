@@ -40,7 +40,7 @@ TEST(Deblank, TrailingBlanksAndZeros) {
     EXPECT_EQ(text(d), "ab");
     EXPECT_TRUE(d.isstr());
     EXPECT_EQ(d.rows(), 1);
-    EXPECT_EQ(text(deblank(chars("ab\t"))), "ab\t");  // only code 32 is a blank
+    EXPECT_EQ(text(deblank(chars("ab\t"))), "ab\t");                 // only code 32 is a blank
     EXPECT_EQ(text(deblank(chars(std::string("a\0b ", 4)))), "ab");  // zeros go wherever they are
     EXPECT_EQ(text(deblank(chars("  a b"))), "  a b");
     Mm all = deblank(chars("   "));
