@@ -5,12 +5,12 @@
 // with OPENBLAS_NUM_THREADS=1 so that dgemm works on this thread too.
 #include <benchmark/benchmark.h>
 
-#include <time.h>
 
 #include <cmath>
 #include <random>
 
 #include "arklib.h"
+#include "bench/paired.h"
 
 extern "C" void dgemm_(const char* transa, const char* transb, const int* m, const int* n, const int* k,
                        const double* alpha, const double* a, const int* lda, const double* b, const int* ldb,
@@ -34,40 +34,7 @@ Mm random_square(int n, unsigned seed) {
     return m;
 }
 
-// Runs the library form and the baseline alternately in every iteration, each timed on the CPU
-// clock of this thread, so that a change in the load of the machine falls on both alike. Reports
-// the ratio of the totals and the time of one call of each.
-double thread_seconds() {
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
-}
-
-template <class Lib, class Base>
-void paired(benchmark::State& state, Lib lib, Base base, double ops_per_call) {
-    double t_lib = 0, t_base = 0;
-    bool lib_first = true;
-    for (auto _ : state) {
-        double t0 = thread_seconds();
-        if (lib_first)
-            lib();
-        else
-            base();
-        double t1 = thread_seconds();
-        if (lib_first)
-            base();
-        else
-            lib();
-        double t2 = thread_seconds();
-        t_lib += lib_first ? t1 - t0 : t2 - t1;
-        t_base += lib_first ? t2 - t1 : t1 - t0;
-        lib_first = !lib_first;
-    }
-    double n = static_cast<double>(state.iterations());
-    state.counters["ratio"] = t_base > 0 ? t_lib / t_base : 0;
-    state.counters["lib_ns_op"] = 1e9 * t_lib / n / ops_per_call;
-    state.counters["base_ns_op"] = 1e9 * t_base / n / ops_per_call;
-}
+using ak_bench::paired;
 
 // c = a + b on 10^7 elements; the baseline writes into an existing buffer.
 void plus_1e7(benchmark::State& state) {
