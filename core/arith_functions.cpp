@@ -4,7 +4,7 @@
 #include "arklib/arith.h"
 #include "arklib/calling.h"
 #include "core/arith_internal.h"
-#include "functions/special_scalar.h"
+#include "functions/gamma_erf_bits.h"
 
 using ak_internal::element;
 using ak_internal::has_pi;

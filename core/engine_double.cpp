@@ -5,7 +5,7 @@
 
 #include "algebra/complex_scalar.h"
 #include "core/engine_internal.h"
-#include "functions/special_scalar.h"
+#include "functions/gamma_erf_bits.h"
 
 namespace ak_internal {
 

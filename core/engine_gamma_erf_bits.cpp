@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "core/engine_internal.h"
-#include "functions/special_scalar.h"
+#include "functions/gamma_erf_bits.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Scalar special functions (gamma family, incomplete gamma, exponential integral, error functions)
 // and the bit family on doubles.
-#include "functions/special_scalar.h"
+#include "functions/gamma_erf_bits.h"
 
 #include <cfloat>
 #include <cmath>

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "functions/special_scalar.h"
+#include "functions/gamma_erf_bits.h"
 
 using namespace ak_internal;
 
