@@ -46,26 +46,16 @@ Mm isfinite(const Mm& a) { return logical_result(element(0, a, zero_M, op_isfini
 Mm isinf(const Mm& a) { return logical_result(element(0, a, zero_M, op_isinf)); }
 Mm isnan(const Mm& a) { return logical_result(element(0, a, zero_M, op_isnan)); }
 
-Mm operator+(const Mm& a, const Mm& b) { return plus(a, b); }
-Mm operator-(const Mm& a, const Mm& b) { return minus(a, b); }
-Mm operator*(const Mm& a, const Mm& b) { return mtimes(a, b); }
-
-Mm operator/(const Mm& a, const Mm& b) {
+Mm mrdivide(const Mm& a, const Mm& b) {
     if (a.fields || b.fields) return call_class_function("mrdivide", a, b);
     if (b.size() == 1) return element(has_pi(a, b), a, b, op_rdivide);
     error("%s is not yet implemented", "mrdivide");
     return x_M;
 }
-Mm operator<(const Mm& a, const Mm& b) { return lt(a, b); }
-Mm operator>(const Mm& a, const Mm& b) { return gt(a, b); }
-Mm operator<=(const Mm& a, const Mm& b) { return le(a, b); }
-Mm operator>=(const Mm& a, const Mm& b) { return ge(a, b); }
-Mm operator==(const Mm& a, const Mm& b) { return eq(a, b); }
-Mm operator!=(const Mm& a, const Mm& b) { return ne(a, b); }
+
 Mm operator&&(const Mm& a, const Mm& b) { return mand(a, b); }
 Mm operator||(const Mm& a, const Mm& b) { return mor(a, b); }
 Mm operator!(const Mm& a) { return mnot(a); }
-Mm operator-(const Mm& a) { return uminus(a); }
 Mm operator+(const Mm& a) { return uplus(a); }
 
 // Forms with one input of two-input functions.
@@ -107,6 +97,7 @@ AK_ONE_INPUT(bitreset, "bitreset")
 AK_ONE_INPUT(bitshift, "bitshift")
 AK_ONE_INPUT(mtimes, "mtimes")
 AK_ONE_INPUT(mpower, "mpower")
+AK_ONE_INPUT(mrdivide, "mrdivide")
 #undef AK_ONE_INPUT
 
 // Forms without inputs.
@@ -203,4 +194,5 @@ AK_NO_INPUT(mtimes, "mtimes")
 AK_NO_INPUT(transpose, "transpose")
 AK_NO_INPUT(ctranspose, "ctranspose")
 AK_NO_INPUT(mpower, "mpower")
+AK_NO_INPUT(mrdivide, "mrdivide")
 #undef AK_NO_INPUT

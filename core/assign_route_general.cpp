@@ -411,6 +411,7 @@ void general_delete(Mm& x, const Mr& r) {
 using namespace ak_internal;
 
 void Mm::vwcopyn(const Mr& r, Mm y) {
+    r.hold_numbers();
     if (flags.type == ak_no_type) {
         warn_uninit();
         return;
@@ -454,6 +455,7 @@ void Mm::vwcopyn(const Mr& r, Mm y) {
 }
 
 void Mm::vwcopy0(const Mr& r) {
+    r.hold_numbers();
     switch (flags.type) {
         case ak_no_type:
             warn_uninit();

@@ -96,8 +96,8 @@ int error_2d(const Mm& m, const char* name) {
 int error_square(const Mm& m, const char* name) {
     if (error_2d(m, name)) return 1;
     if (m.dims[0] == m.dims[1]) return 0;
-    error("%s: square matrix expected, but matrix %s has %d rows and %d columns", name, display_name(m), m.dims[0],
-          m.dims[1]);
+    error("%s: square matrix expected, but matrix %s has %d rows and %d columns", name, display_name(m),
+          m.dims[0], m.dims[1]);
     return 1;
 }
 
@@ -118,12 +118,12 @@ int error_numeric(const Mm& m, const char* name) {
 double scalar(double v) { return v; }
 
 double scalar(const Mm& m) {
-    const char* why = m.size() != 1                 ? "not scalar"
-                      : m.pi                        ? "complex"
-                      : m.flags.str                 ? "string"
-                      : m.flags.sparse              ? "sparse"
-                      : m.flags.type != ak_double   ? "not double"
-                                                    : nullptr;
+    const char* why = m.size() != 1               ? "not scalar"
+                      : m.pi                      ? "complex"
+                      : m.flags.str               ? "string"
+                      : m.flags.sparse            ? "sparse"
+                      : m.flags.type != ak_double ? "not double"
+                                                  : nullptr;
     if (!why) return *static_cast<const double*>(m.pr);
     error("scalar: matrix %s is %s", display_name(m), why);
     return 0.0;
@@ -160,7 +160,7 @@ void cell_column(Mm& var, const Mm& m, int k) {
 
 }  // namespace
 
-void forelem(Mm& var, Mm& m, int k) {
+void forelem_column(Mm& var, Mm& m, int k) {
     if (m.flags.sparse) m = full(m);
     if (m.flags.type == ak_no_type) {
         m.warn_uninit();
@@ -176,7 +176,8 @@ void forelem(Mm& var, Mm& m, int k) {
     }
     int rows = m.dims[0];
     bool complex = m.pi != nullptr;
-    if (k == 0 || !column_fits(var, rows, m.flags.type, complex)) var = Mm(complex, 0, 0, rows, 1, m.flags.type);
+    if (k == 0 || !column_fits(var, rows, m.flags.type, complex))
+        var = Mm(complex, 0, 0, rows, 1, m.flags.type);
     if (var.nnz != rows) return;  // allocation failed and was reported
     var.flags.str = m.flags.str;
     var.flags.logical = m.flags.logical;

@@ -228,15 +228,9 @@ Mm::Mm(int complex, const Mm& a, const Mm& b, const Mm& dim, op_t op, int do_dim
     if (!do_dim && !complex && op >= op_abs && op < op_count && plain_scalar(a) && plain_scalar(b)) {
         // Translated scalar code comes here: a 1x1 real result, computed directly for the common
         // operations and by the double core for the others.
-        ndims = 2;
-        dims[0] = dims[1] = dims[2] = dims[3] = 1;
-        nnz = 1;
-        name = nullptr;
-        shadowed = nullptr;
-        flags = M_types{0, 0, 0, 0, 0, 0, ak_double};
-        storage_alloc(0, 0);
-        if (!pr) return;
         double x = *static_cast<const double*>(a.pr), y = *static_cast<const double*>(b.pr);
+        init_scalar(0.0, M_types{0, 0, 0, 0, 0, 0, ak_double});
+        if (nnz == 0) return;
         if (!scalar_result(op, x, y, *static_cast<double*>(pr)))
             ak_internal::element_core_double(a, b, *this, op);
         return;

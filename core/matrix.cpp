@@ -9,6 +9,26 @@
 
 int multi_task = 0;
 
+// Sanitizer builds keep no 1x1 blocks, so that every use after free of one is caught.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr long scalar_keeping = 0;
+#else
+constexpr long scalar_keeping = ak_scalar_capacity * 8;
+#endif
+ak_scalar_block_list ak_scalar_blocks = {nullptr, scalar_keeping};
+
+void ak_internal::keep_scalar_blocks(bool on) {
+    ak_scalar_blocks.distance = on ? scalar_keeping : 0;
+    if (!on) release_scalar_blocks();
+}
+
+void ak_internal::release_scalar_blocks() {
+    while (void* block = ak_scalar_blocks.head) {
+        ak_scalar_blocks.head = *static_cast<void**>(block);
+        ak_free(block);
+    }
+}
+
 namespace {
 
 // Largest element count a matrix may hold: its byte size must stay representable for ak_malloc.
@@ -142,15 +162,6 @@ Mm::Mm() {
     storage_alloc(0, 0);
 }
 
-Mm::Mm(double v) {
-    init_head(2, ak_double);
-    dims[0] = dims[1] = dims[2] = dims[3] = 1;
-    nnz = 1;
-    flags.scalar_var = 1;
-    storage_alloc(0, 0);
-    if (nnz) *static_cast<double*>(pr) = v;
-}
-
 Mm::Mm(int complex, int sparse, int n, int rows, int cols, ak_matrix_types type) {
     init_head(2, type);
     int d[2] = {rows, cols};
@@ -225,7 +236,8 @@ Mm& Mm::operator=(const Mm& src) {
     held.refs = nullptr;  // its share now belongs to this head
     flags.workspace_var = kept.workspace_var;
     flags.global = kept.global;
-    flags.scalar_var = (kept.scalar_var && !flags.sparse && flags.type == ak_double && !pi && nnz == 1) ? 1 : 0;
+    flags.scalar_var =
+        (kept.scalar_var && !flags.sparse && flags.type == ak_double && !pi && nnz == 1) ? 1 : 0;
     return *this;
 }
 

@@ -31,4 +31,9 @@ extern const char* const field_filler;
 // Values of the constant objects; runs at load time and again at initM2.
 void init_const();
 
+// Turns the keeping of freed 1x1 blocks on or off; off gives every kept block back.
+void keep_scalar_blocks(bool on);
+// Gives every kept 1x1 block back to the allocator.
+void release_scalar_blocks();
+
 }  // namespace ak_internal

@@ -12,6 +12,7 @@
 #include "arklib/error.h"
 #include "arklib/matrix.h"
 #include "core/locks.h"
+#include "core/matrix_internal.h"
 #include "core/memory_internal.h"
 
 namespace ak_internal {
@@ -244,11 +245,16 @@ __attribute__((noinline)) void large_free(unsigned char* start) {
     std::free(start);
 }
 
+// Size of a 1x1 block as the storage rule asks for it: 9 elements and the count.
+constexpr std::size_t scalar_block_request = ak_scalar_capacity * 8 + 8 + request_overhead;
+
 // Every request that the fast path in ak_malloc does not serve.
 __attribute__((noinline)) void* allocate(std::size_t size) {
     if (size > SIZE_MAX - request_overhead) return nullptr;
     std::size_t n = size + request_overhead;
     if (n > tier_threshold) return large_alloc(n);
+    // The kept 1x1 blocks go back to their list before that list is grown.
+    if (ak_scalar_blocks.head && pool.bucket(n) == pool.bucket(scalar_block_request)) release_scalar_blocks();
     allocator_lock lock;
     return pool.take(n);
 }
@@ -279,6 +285,11 @@ __attribute__((noinline)) void release_block(void* p) {
 }  // namespace
 
 int pool_live_blocks() { return pool.live_blocks(); }
+int pool_blocks_in_use() {
+    int kept = 0;
+    for (void* block = ak_scalar_blocks.head; block; block = *static_cast<void**>(block)) ++kept;
+    return pool.live_blocks() - kept;
+}
 const bucket_pool& global_pool() { return pool; }
 
 int large_cache_blocks() {

@@ -26,11 +26,11 @@ namespace ak_internal {
 // always recognised.
 constexpr unsigned char block_mark = 0xEF;
 constexpr std::size_t block_prefix = 12;
-constexpr std::size_t request_overhead = 8;       // added to every request before choosing a tier
-constexpr std::size_t tier_threshold = 131072;    // request + 8 above this goes to the C heap
-constexpr std::size_t reserve_unit = 134217728;   // address space reserved at a time
-constexpr int bucket_count = 32;                  // bucket b holds blocks of 2^(b+3) bytes
-constexpr int not_found_bucket = 32;              // what ak_realloc assumes for an unknown block
+constexpr std::size_t request_overhead = 8;      // added to every request before choosing a tier
+constexpr std::size_t tier_threshold = 131072;   // request + 8 above this goes to the C heap
+constexpr std::size_t reserve_unit = 134217728;  // address space reserved at a time
+constexpr int bucket_count = 32;                 // bucket b holds blocks of 2^(b+3) bytes
+constexpr int not_found_bucket = 32;             // what ak_realloc assumes for an unknown block
 
 #if defined(__SANITIZE_ADDRESS__)
 inline void poison(const void* p, std::size_t n) { ASAN_POISON_MEMORY_REGION(p, n); }
@@ -46,7 +46,7 @@ inline void unpoison(const void*, std::size_t) {}
 // No locking here: callers serialise. The constructor is constexpr so that a pool in static
 // storage is ready before any static constructor runs.
 class bucket_pool {
-public:
+  public:
     constexpr explicit bucket_pool(std::size_t unit = reserve_unit) : unit_(unit) {}
 
     // A block for n bytes (request + 8), returned as the user pointer, or null.
@@ -78,6 +78,7 @@ public:
     }
 
     int live_blocks() const { return live_; }
+    int bucket(std::size_t n) const { return bucket_for(n); }
     std::size_t step() const { return step_; }
     // Address space now reserved, over all ranges.
     std::size_t reserved_bytes() const;
@@ -96,7 +97,7 @@ public:
         poison(block, block_size(b));
     }
 
-private:
+  private:
     struct unaligned_ptr {
         unsigned char* p;
     } __attribute__((packed));
@@ -164,9 +165,10 @@ private:
 
 // Read-outs of the library's own allocator, for tests.
 int pool_live_blocks();
+int pool_blocks_in_use();  // live blocks less the 1x1 blocks kept for reuse: what data holds
 const bucket_pool& global_pool();
-int large_cache_blocks();       // C-heap blocks kept for reuse
+int large_cache_blocks();  // C-heap blocks kept for reuse
 std::size_t large_cache_bytes();
-void large_cache_flush();       // gives every kept block back to the C heap
+void large_cache_flush();  // gives every kept block back to the C heap
 
 }  // namespace ak_internal

@@ -73,6 +73,8 @@ library_lifetime::library_lifetime(int trace_steps)
 }
 
 library_lifetime::~library_lifetime() {
+    // The constant objects go after this: their storage returns to the allocator itself.
+    ak_internal::keep_scalar_blocks(false);
     ak_internal::engine_disconnect();
     ak_internal::fpu_reset();
     ak_locks_destroy();
@@ -93,7 +95,8 @@ void initM2(int version, int size) {
         error("Version mismatch - runtime version is %g but arklib.h version is %g.", ARKLIB_VERSION * 0.001,
               version * 0.001);
     if (size != static_cast<int>(sizeof(Mm)))
-        error("sizeof(Mm) mismatch - runtime size is %d but current size is %d", static_cast<int>(sizeof(Mm)), size);
+        error("sizeof(Mm) mismatch - runtime size is %d but current size is %d", static_cast<int>(sizeof(Mm)),
+              size);
     ak_internal::fpu_reset();
     ak_internal::init_const();
 }
@@ -112,6 +115,8 @@ Mm exit() {
 Mm quit() { exit(); }
 
 unsigned ak_set_AK(int on) {
+    // The kept 1x1 blocks are a plain list: threads would race on it.
+    ak_internal::keep_scalar_blocks(!on);
     multi_task = on;
     return static_cast<unsigned>(getpid());
 }

@@ -200,7 +200,8 @@ __attribute__((noinline)) void general_read(Mm& m, const Mr& r, int report) {
 
 }  // namespace
 
-Mm::Mm(const Mr& r, int report) {
+void Mm::read_reference(const Mr& r, int report) {
+    r.hold_numbers();
     if (r.n == 1 && r.type == Mr_paren && !r.chained && scalar_read(r, *this)) return;
     general_read(*this, r, report);
 }
@@ -208,6 +209,19 @@ Mm::Mm(const Mr& r, int report) {
 int Mr::size() const {
     Mm value(*this, 1);
     return value.size();
+}
+
+void Mr::release_owned() {
+    for (int k = 0; k < 4; ++k)
+        if (owned[k]) delete idx[k];
+}
+
+void Mr::make_index_matrices() const {
+    for (int k = 0; k < numbers; ++k) {
+        idx[k] = new Mm(number[k]);
+        owned[k] = 1;
+    }
+    numbers = 0;
 }
 
 void Mr::convert(int k, const Mm& i) {
@@ -255,25 +269,10 @@ void Mr::select_by_cell(const Mm& c) {
     }
 }
 
-// ---- building references on a matrix -----------------------------------------------------------------
-
-Mr Mm::operator()(const Mm& i1) const { return Mr(Mr_paren, *this, i1); }
-Mr Mm::operator()(const Mm& i1, const Mm& i2) const { return Mr(Mr_paren, *this, i1, i2); }
-Mr Mm::operator()(const Mm& i1, const Mm& i2, const Mm& i3) const { return Mr(Mr_paren, *this, i1, i2, i3); }
-Mr Mm::operator()(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const {
-    return Mr(Mr_paren, *this, i1, i2, i3, i4);
-}
-Mr Mm::br(const Mm& i1) const { return Mr(Mr_brace, *this, i1); }
-Mr Mm::br(const Mm& i1, const Mm& i2) const { return Mr(Mr_brace, *this, i1, i2); }
-Mr Mm::br(const Mm& i1, const Mm& i2, const Mm& i3) const { return Mr(Mr_brace, *this, i1, i2, i3); }
-Mr Mm::br(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const {
-    return Mr(Mr_brace, *this, i1, i2, i3, i4);
-}
-Mr Mm::member(const char* field) const { return Mr(*this, field); }
-
 // ---- the subscript descriptor and the user-class hooks ----------------------------------------------------
 
 Mm build_subs_descriptor(const Mr& r) {
+    r.hold_numbers();
     Mm s(0, 0, 0, 1, 1, ak_mm);
     s.addfield("type", 0);
     s.addfield("subs", 0);

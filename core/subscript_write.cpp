@@ -162,6 +162,7 @@ void route(const Mr& r, Mm& b, const Mm& y) {
 }  // namespace
 
 void Mr::assign(const Mm& y) {
+    hold_numbers();
     // The other x(i) = v and x(i,j) = v on plain doubles go straight to their route.
     if (!chained && type == Mr_paren && (n == 1 || n == 2)) {
         Mm& b = *base;

@@ -6,24 +6,15 @@
 // function does not take exists only to report it ("lt does not accept 1 input").
 #pragma once
 #include "arklib/matrix.h"
+#include "arklib/subscript.h"
 
 // ---- operators -------------------------------------------------------------------------------------
-Mm operator+(const Mm& a, const Mm& b);
-Mm operator-(const Mm& a, const Mm& b);
-Mm operator*(const Mm& a, const Mm& b);  // the matrix product, mtimes
-// a / b: element-wise for a scalar divisor; a matrix divisor needs the right division of the linear
-// solvers, which this library does not have yet, and is reported.
-Mm operator/(const Mm& a, const Mm& b);
-Mm operator<(const Mm& a, const Mm& b);
-Mm operator>(const Mm& a, const Mm& b);
-Mm operator<=(const Mm& a, const Mm& b);
-Mm operator>=(const Mm& a, const Mm& b);
-Mm operator==(const Mm& a, const Mm& b);
-Mm operator!=(const Mm& a, const Mm& b);
+// The binary operators +, -, *, /, <, >, <=, >=, ==, != take two matrices, or a matrix or subscript
+// and a number, and work out two real 1x1 operands in place (see the end of this header). Those below have no
+// such path.
 Mm operator&&(const Mm& a, const Mm& b);  // element-wise, both operands are evaluated
 Mm operator||(const Mm& a, const Mm& b);
 Mm operator!(const Mm& a);
-Mm operator-(const Mm& a);
 Mm operator+(const Mm& a);
 
 // ---- arithmetic ------------------------------------------------------------------------------------
@@ -198,6 +189,10 @@ Mm del2(const Mm& u, const Mm& h);
 // ---- matrix products ---------------------------------------------------------------------------------
 Mm mtimes(const Mm& a, const Mm& b);
 Mm mtimes(const Mm& a);
+// a / b: element-wise for a scalar divisor; a matrix divisor needs the right division of the linear
+// solvers, which this library does not have yet, and is reported.
+Mm mrdivide(const Mm& a, const Mm& b);
+Mm mrdivide(const Mm& a);
 Mm transpose(const Mm& a);
 Mm ctranspose(const Mm& a);
 // a ^ p for a square matrix and a whole non-negative power, or scalar operands.
@@ -216,4 +211,63 @@ Mm erfinv(); Mm gamma(); Mm gammaln(); Mm beta(); Mm betaln(); Mm gammainc(); Mm
 Mm mbitor(); Mm bitxor(); Mm bitcmp(); Mm bitget(); Mm bitset(); Mm bitreset(); Mm bitshift(); Mm sum();
 Mm prod(); Mm cumsum(); Mm cumprod(); Mm all(); Mm any(); Mm median(); Mm max(); Mm min(); Mm diff();
 Mm unwrap(); Mm gradient(); Mm del2(); Mm mtimes(); Mm transpose(); Mm ctranspose(); Mm mpower();
+Mm mrdivide();
 // clang-format on
+
+// ---- operators with the scalar path --------------------------------------------------------------------
+// Translated scalar code spends its time here: two real full 1x1 doubles, or a number and the
+// common read x(k), are worked out in place, with the results of the engine (NaN unordered,
+// comparisons logical), into a fresh 1x1 whose storage is a kept block. Anything else goes to the
+// named form, that is to the engine.
+inline bool ak_plain_scalar(const Mm& a) {
+    return ((a.flags.type ^ ak_double) | (a.nnz ^ 1) | a.flags.sparse) == 0 && !a.pi;
+}
+inline double ak_scalar_value(const Mm& a) { return *static_cast<const double*>(a.pr); }
+// The 1x1 result of an element-wise operation: no flag set but, for a comparison, logical.
+inline Mm ak_scalar_result(double v, int logical) {
+    Mm r(v);
+    r.flags.scalar_var = 0;
+    r.flags.logical = logical;
+    return r;
+}
+
+#define AK_SCALAR_OPERATOR(OP, NAMED, LOGICAL)                                             \
+    inline Mm operator OP(const Mm& a, const Mm& b) {                                      \
+        if (ak_plain_scalar(a) && ak_plain_scalar(b))                                      \
+            return ak_scalar_result(ak_scalar_value(a) OP ak_scalar_value(b), LOGICAL);    \
+        return NAMED(a, b);                                                                \
+    }                                                                                      \
+    inline Mm operator OP(const Mm& a, double b) {                                         \
+        if (ak_plain_scalar(a)) return ak_scalar_result(ak_scalar_value(a) OP b, LOGICAL); \
+        return NAMED(a, Mm(b));                                                            \
+    }                                                                                      \
+    inline Mm operator OP(double a, const Mm& b) {                                         \
+        if (ak_plain_scalar(b)) return ak_scalar_result(a OP ak_scalar_value(b), LOGICAL); \
+        return NAMED(Mm(a), b);                                                            \
+    }                                                                                      \
+    inline Mm operator OP(const Mr& a, double b) {                                         \
+        double v;                                                                          \
+        if (a.scalar_value(v)) return ak_scalar_result(v OP b, LOGICAL);                   \
+        return NAMED(Mm(a), Mm(b));                                                        \
+    }                                                                                      \
+    inline Mm operator OP(double a, const Mr& b) {                                         \
+        double v;                                                                          \
+        if (b.scalar_value(v)) return ak_scalar_result(a OP v, LOGICAL);                   \
+        return NAMED(Mm(a), Mm(b));                                                        \
+    }
+AK_SCALAR_OPERATOR(+, plus, 0)
+AK_SCALAR_OPERATOR(-, minus, 0)
+AK_SCALAR_OPERATOR(*, mtimes, 0)
+AK_SCALAR_OPERATOR(/, mrdivide, 0)
+AK_SCALAR_OPERATOR(<, lt, 1)
+AK_SCALAR_OPERATOR(>, gt, 1)
+AK_SCALAR_OPERATOR(<=, le, 1)
+AK_SCALAR_OPERATOR(>=, ge, 1)
+AK_SCALAR_OPERATOR(==, eq, 1)
+AK_SCALAR_OPERATOR(!=, ne, 1)
+#undef AK_SCALAR_OPERATOR
+
+inline Mm operator-(const Mm& a) {
+    if (ak_plain_scalar(a)) return ak_scalar_result(-ak_scalar_value(a), 0);
+    return uminus(a);
+}

@@ -9,10 +9,10 @@
 
 // ---- nargin and nargout ------------------------------------------------------------------------------
 // Translated code stores the counts of the running function here; the library only holds them.
-extern int nargin_set;     // 1 once a caller has stored a count in nargin_val
-extern int nargout_set;    // the same for nargout_val
-extern double nargin_val;  // inputs of the running function
-extern double nargout_val; // outputs asked for
+extern int nargin_set;      // 1 once a caller has stored a count in nargin_val
+extern int nargout_set;     // the same for nargout_val
+extern double nargin_val;   // inputs of the running function
+extern double nargout_val;  // outputs asked for
 
 double nargin();
 double nargout();
@@ -63,7 +63,22 @@ int forsize(const Mm& m);
 int columns(const Mm& m);
 // Loads column k (zero-based) of m into the loop variable. A sparse m is made full. The loop
 // variable's storage is reused while nothing else holds it.
-void forelem(Mm& var, Mm& m, int k);
+inline void forelem(Mm& var, Mm& m, int k);
+void forelem_column(Mm& var, Mm& m, int k);
+
+// The common step of `for i = a:b`: element k of a real double row into the real 1x1 loop variable
+// that the step before left, and that nothing else holds. Every other step loads the column in full.
+inline void forelem(Mm& var, Mm& m, int k) {
+    const int other = (m.flags.type ^ ak_double) | m.flags.sparse | (m.dims[0] ^ 1) | (m.ndims ^ 2) |
+                      (var.flags.type ^ ak_double) | var.flags.sparse | (var.nnz ^ 1) | (var.ndims ^ 2);
+    if (!other && k > 0 && k < m.dims[1] && !m.pi && !var.pi && !var.fields && var.refs && *var.refs == 1) {
+        *static_cast<double*>(var.pr) = static_cast<const double*>(m.pr)[k];
+        var.flags.str = m.flags.str;
+        var.flags.logical = m.flags.logical;
+        return;
+    }
+    forelem_column(var, m, k);
+}
 
 // ---- truth -------------------------------------------------------------------------------------------
 // True when v is below or above 0 (NaN is false).

@@ -39,7 +39,7 @@ class Mr;
 class Mc;
 
 class Mm {
-public:
+  public:
     // The head. Field order is part of the binary contract with translated programs.
     int ndims;            // 2, 3 or 4; -1 after destruction
     int dims[4];          // sizes; trailing entries 1, or all 0 when empty
@@ -52,21 +52,21 @@ public:
     const char* name;     // variable name, not owned; null for a temporary
     const char** fields;  // field names of a structure, else null
     int nfields;
-    int classid;    // registered user class, 0 for none
-    Mm* shadowed;   // the same-named variable this one hides in the scope table
+    int classid;   // registered user class, 0 for none
+    Mm* shadowed;  // the same-named variable this one hides in the scope table
     M_types flags;
 
     // ---- construction ------------------------------------------------------------------------
     Mm();
-    Mm(double v);
+    Mm(double v);  // 1x1 real, scalar_var set
     Mm(int complex, int sparse, int nnz, int rows, int cols, ak_matrix_types type);
     Mm(int complex, int sparse, int nnz, int ndims, const int* dims, ak_matrix_types type);
     Mm(const char* name, int rows, int cols);
     Mm(i_o_t, const char* name, int global);
     Mm(const Mm& src);
     Mm(const Mm& src, const char* name);
-    Mm(const Mc& list);                       // matrix and cell literals
-    Mm(const Mr& ref, int report = 1);        // resolves a subscript expression for reading
+    Mm(const Mc& list);                        // matrix and cell literals
+    inline Mm(const Mr& ref, int report = 1);  // resolves a subscript expression for reading
     Mm(int complex, const Mm& a, const Mm& b, const Mm& dim, op_t op, int do_dim, Mm& extra);  // engine
     ~Mm();
 
@@ -83,6 +83,9 @@ public:
     void storage_alloc(int complex, int sparse);
     // Releases the storage; runs when the reference count reaches 0.
     void storage_free();
+    // Makes this head a 1x1 real double holding v, with the flag record f (whose type is ak_double).
+    // The storage is that of the storage rule, taken from the kept 1x1 blocks when there is one.
+    void init_scalar(double v, const M_types& f);
 
     // ---- shape -------------------------------------------------------------------------------
     int& getndims() { return ndims; }
@@ -94,9 +97,7 @@ public:
     int& getnnz() { return nnz; }
     int getnnz() const { return nnz; }
     int* getindex() const { return index; }
-    int size() const {
-        return (ndims >= 2 && ndims <= 4) ? dims[0] * dims[1] * dims[2] * dims[3] : -1;
-    }
+    int size() const { return (ndims >= 2 && ndims <= 4) ? dims[0] * dims[1] * dims[2] * dims[3] : -1; }
     int size(int d) const;
     int length() const;
     int nsingleton() const;
@@ -133,13 +134,21 @@ public:
     unsigned char* getpi(unsigned char*) const { return static_cast<unsigned char*>(pi); }
     Mm* getpi(Mm*) const { return static_cast<Mm*>(pi); }
     template <typename T>
-    T* getpr(T* t, int k) const { return getpr(t) + (k - 1); }
+    T* getpr(T* t, int k) const {
+        return getpr(t) + (k - 1);
+    }
     template <typename T>
-    T* getpi(T* t, int k) const { return getpi(t) + (k - 1); }
+    T* getpi(T* t, int k) const {
+        return getpi(t) + (k - 1);
+    }
     template <typename T>
-    T* getpr(T* t, int row, int col) const { return getpr(t) + ((col - 1) * dims[0] + row - 1); }
+    T* getpr(T* t, int row, int col) const {
+        return getpr(t) + ((col - 1) * dims[0] + row - 1);
+    }
     template <typename T>
-    T* getpi(T* t, int row, int col) const { return getpi(t) + ((col - 1) * dims[0] + row - 1); }
+    T* getpi(T* t, int row, int col) const {
+        return getpi(t) + ((col - 1) * dims[0] + row - 1);
+    }
     double* addr() const { return static_cast<double*>(pr); }
     double* addr(int k) const { return addr() + (k - 1); }
     double* addr(int row, int col) const { return addr() + ((col - 1) * dims[0] + row - 1); }
@@ -188,15 +197,17 @@ public:
     void extend_nnz(int n);
 
     // ---- subscripts: x(i,...), x{i,...}, x.name ------------------------------------------------
-    Mr operator()(const Mm& i1) const;
-    Mr operator()(const Mm& i1, const Mm& i2) const;
-    Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3) const;
-    Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const;
-    Mr br(const Mm& i1) const;
-    Mr br(const Mm& i1, const Mm& i2) const;
-    Mr br(const Mm& i1, const Mm& i2, const Mm& i3) const;
-    Mr br(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const;
-    Mr member(const char* field) const;
+    inline Mr operator()(double k) const;  // x(k) and x(r,c) with numbers, for translated loops
+    inline Mr operator()(double r, double c) const;
+    inline Mr operator()(const Mm& i1) const;
+    inline Mr operator()(const Mm& i1, const Mm& i2) const;
+    inline Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3) const;
+    inline Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const;
+    inline Mr br(const Mm& i1) const;
+    inline Mr br(const Mm& i1, const Mm& i2) const;
+    inline Mr br(const Mm& i1, const Mm& i2, const Mm& i3) const;
+    inline Mr br(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const;
+    inline Mr member(const char* field) const;
 
     // ---- indexed assignment routes ------------------------------------------------------------
     void vwcopy1(const Mm& y, const Mm& i1);
@@ -204,7 +215,9 @@ public:
     void vwcopyn(const Mr& ref, Mm y);
     void vwcopy0(const Mr& ref);
 
-private:
+  private:
+    void read_reference(const Mr& ref, int report);  // every read but the common scalar x(k)
+    bool keep_scalar_block();
     void init_head(int nd, ak_matrix_types type);
     void set_full_shape(int nd, const int* d, long long limit);
     void drop_ref();
@@ -220,6 +233,22 @@ inline void ak_ref_raise(int* refs) {
 inline int ak_ref_drop(int* refs) {
     return multi_task ? __atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) : --*refs;
 }
+
+// ---- kept 1x1 storage ---------------------------------------------------------------------------------
+// Translated scalar code makes and drops a 1x1 temporary for nearly every operation. When the last
+// head of a real 1x1 double's storage goes, the block is kept on this list, and the next 1x1 takes it
+// back without a trip through the allocator. The blocks are those of the storage rule: capacity 9,
+// 72 bytes of elements, then the count. The allocator takes the kept blocks back into its own list
+// of blocks of that size before it grows that list, so keeping them never costs memory.
+struct ak_scalar_block_list {
+    void* head;  // first kept block; the first 8 bytes of each hold the next
+    // How far the count of a block that is kept lies past its elements: 72 while blocks are kept, and
+    // 0, which no block has, while none are: so while multi_task is set, after shutdown, and in
+    // sanitizer builds.
+    long distance;
+};
+extern ak_scalar_block_list ak_scalar_blocks;
+constexpr int ak_scalar_capacity = 9;
 
 // Scope tracking: the scope table registers declared variables while this is set.
 extern int ak_scope_tracking;
@@ -291,14 +320,53 @@ inline Mm::Mm(const Mm& s)
     if (refs) ak_ref_raise(refs);
 }
 
+inline void Mm::init_scalar(double v, const M_types& f) {
+    ndims = 2;
+    dims[0] = dims[1] = dims[2] = dims[3] = 1;
+    nnz = 1;
+    name = nullptr;
+    shadowed = nullptr;
+    flags = f;
+    if (void* block = ak_scalar_blocks.head) {
+        ak_scalar_blocks.head = *static_cast<void**>(block);
+        p = ak_scalar_capacity;
+        pr = block;
+        pi = nullptr;
+        refs = reinterpret_cast<int*>(static_cast<char*>(block) + ak_scalar_capacity * 8);
+        *refs = 1;
+        index = nullptr;
+        fields = nullptr;
+        nfields = 0;
+        classid = 0;
+    } else {
+        storage_alloc(0, 0);
+        if (nnz == 0) return;  // out of memory was reported; an empty matrix is left
+    }
+    *static_cast<double*>(pr) = v;
+}
+
+inline Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); }
+
+// Puts storage whose count has just reached 0 on the kept list when it is a 1x1 block. The count
+// sits right after 72 bytes of elements only in a block of that size made by the storage rule, which
+// holds index in a block of its own, and a cell its count.
+inline bool Mm::keep_scalar_block() {
+    ak_scalar_block_list& kept = ak_scalar_blocks;
+    if (reinterpret_cast<char*>(refs) - static_cast<char*>(pr) != kept.distance || index) return false;
+    *static_cast<void**>(pr) = kept.head;
+    kept.head = pr;
+    refs = nullptr;
+    return true;
+}
+
 inline void Mm::drop_ref() {
-    if (refs && ak_ref_drop(refs) == 0) storage_free();
+    if (refs && ak_ref_drop(refs) == 0 && !keep_scalar_block()) storage_free();
 }
 
 inline Mm::~Mm() {
     if (ak_scope_tracking) ak_scope_unregister(this);
     ndims = -1;
     if (!refs || ak_ref_drop(refs) != 0) return;
-    storage_free();
-    if (flags.scalar_var && nnz == 1 && name && (ak_default_error_flags & 8)) ak_debug_handler('s', name);
+    if (!keep_scalar_block()) storage_free();
+    if (name && flags.scalar_var && nnz == 1 && (ak_default_error_flags & 8)) ak_debug_handler('s', name);
 }

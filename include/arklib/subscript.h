@@ -23,14 +23,18 @@ Mm subsindex(const Mm& x);
 // statement that built it.
 class Mr {
   public:
-    int n;                    // number of index matrices, 0 to 4; -1 when default-constructed
-    Mr_idx_type type;         // kind of the reference
-    const char* member_name;  // member of an Mr_dot reference (not owned), else null
-    int chained;              // 1 when the base is the value of another reference
-    mutable Mm* base;         // the matrix subscripted; for a chain a temporary of one read or write
-    const Mr* parent;         // the outer reference of a chain, else null
-    int owned[4];             // idx[k] was converted by this reference and is deleted with it
-    const Mm* idx[4];         // the index matrices in argument order
+    int n;                     // number of index matrices, 0 to 4; -1 when default-constructed
+    Mr_idx_type type;          // kind of the reference
+    const char* member_name;   // member of an Mr_dot reference (not owned), else null
+    int chained;               // 1 when the base is the value of another reference
+    mutable Mm* base;          // the matrix subscripted; for a chain a temporary of one read or write
+    const Mr* parent;          // the outer reference of a chain, else null
+    mutable int owned[4];      // idx[k] was converted by this reference and is deleted with it
+    mutable const Mm* idx[4];  // the index matrices in argument order
+    // x(k) and x(r,c) with numbers: the first `numbers` indices are held here, and become matrices
+    // in idx only when a read or write needs more than the scalar paths below.
+    mutable int numbers;
+    double number[2];
 
     Mr() : n(-1), type(Mr_unset), member_name(nullptr), chained(0), base(nullptr), parent(nullptr) {
         clear();
@@ -42,6 +46,19 @@ class Mr {
     Mr(const Mm& b, const char* name) : n(0), type(Mr_dot), member_name(name) { on_matrix(b); }
     // r.name
     Mr(const Mr& p, const char* name) : n(0), type(Mr_dot), member_name(name) { on_ref(p); }
+
+    // x(k) and x(r,c) with numbers.
+    Mr(const Mm& b, double k) : n(1), type(Mr_paren), member_name(nullptr) {
+        on_matrix(b);
+        numbers = 1;
+        number[0] = k;
+    }
+    Mr(const Mm& b, double r, double c) : n(2), type(Mr_paren), member_name(nullptr) {
+        on_matrix(b);
+        numbers = 2;
+        number[0] = r;
+        number[1] = c;
+    }
 
     // x(i), x{i} and their forms with more indices. A cell as the only ( ) subscript selects through
     // its elements and overwrites the base with the selection.
@@ -110,16 +127,18 @@ class Mr {
           member_name(r.member_name),
           chained(r.chained),
           base(r.base),
-          parent(r.parent) {
+          parent(r.parent),
+          numbers(r.numbers) {
         for (int k = 0; k < 4; ++k) {
             owned[k] = 0;
             idx[k] = r.idx[k];
         }
+        number[0] = r.number[0];
+        number[1] = r.number[1];
     }
 
     ~Mr() {
-        for (int k = 0; k < n; ++k)
-            if (owned[k]) delete idx[k];
+        if (owned[0] | owned[1] | owned[2] | owned[3]) release_owned();
         member_name = nullptr;
         base = nullptr;
         parent = nullptr;
@@ -127,7 +146,7 @@ class Mr {
 
     // Assignment through the reference: x(i) = y. A reference on the right is read completely
     // before the write starts. The scalar store of translated loops is done here, inline.
-    Mr& operator=(const Mm& y) {
+    __attribute__((always_inline)) Mr& operator=(const Mm& y) {
         if (!store_scalar(y)) assign(y);
         return *this;
     }
@@ -151,30 +170,56 @@ class Mr {
     // Number of elements of the value read (reporting faults).
     int size() const;
 
+    // Index k as a number when it is a plain scalar: a number given as such, or a real full 1x1 double
+    // matrix that is not logical. False for anything else.
+    bool scalar_index(int k, double& v) const {
+        if (k < numbers) {
+            v = number[k];
+            return true;
+        }
+        const Mm& i = *idx[k];
+        if (((i.flags.type ^ ak_double) | (i.nnz ^ 1) | i.flags.sparse | i.flags.logical) != 0) return false;
+        v = *static_cast<const double*>(i.pr);
+        return true;
+    }
+    // The value of the common read x(k), of a real dense double x at a plain scalar index inside it,
+    // with no user class. False for every other read. A position is the index less 1, truncated.
+    bool scalar_value(double& v) const {
+        if (n != 1 || type != Mr_paren || chained) return false;
+        const Mm& b = *base;
+        double k;
+        if (((b.flags.type ^ ak_double) | b.flags.sparse | b.classid) != 0 || b.pi || !scalar_index(0, k))
+            return false;
+        const double t = k - 1.0;
+        if (!(t > -1.0 && t < b.nnz)) return false;
+        v = static_cast<const double*>(b.pr)[static_cast<int>(t)];
+        return true;
+    }
+    // Makes matrices of the indices held as numbers, for the general paths, which read idx only.
+    void hold_numbers() const {
+        if (numbers) make_index_matrices();
+    }
+
   private:
     void assign(const Mm& y);  // every assignment but the inline scalar store
+    void make_index_matrices() const;
+    void release_owned();
     // x(k) = v and x(r,c) = v: a real scalar v into a real dense double x that this head alone holds,
     // at plain scalar indices whose rounded values lie inside x. False for anything else.
-    bool store_scalar(const Mm& y) const {
+    __attribute__((always_inline)) bool store_scalar(const Mm& y) const {
         if (chained || type != Mr_paren || static_cast<unsigned>(n - 1) > 1u) return false;
         Mm& b = *base;
-        const Mm& i = *idx[0];
         // Each term is 0 for the case served here; one test instead of a branch per condition.
         const int other = (y.flags.type ^ ak_double) | (y.nnz ^ 1) | y.flags.sparse |
-                          (b.flags.type ^ ak_double) | b.flags.sparse | b.classid |
-                          (i.flags.type ^ ak_double) | (i.nnz ^ 1) | i.flags.logical | i.flags.sparse;
-        if (other || y.pi || b.pi || !b.refs || *b.refs != 1) return false;
-        const double v = *static_cast<const double*>(i.pr);
+                          (b.flags.type ^ ak_double) | b.flags.sparse | b.classid;
+        double v, w;
+        if (other || y.pi || b.pi || !b.refs || *b.refs != 1 || !scalar_index(0, v)) return false;
         double* to;
         if (n == 1) {
             if (!(v >= 0.5 && v < b.nnz + 0.5)) return false;
             to = static_cast<double*>(b.pr) + static_cast<int>(v - 1.0);
         } else {
-            const Mm& j = *idx[1];
-            if (((j.flags.type ^ ak_double) | (j.nnz ^ 1) | j.flags.logical | j.flags.sparse |
-                 (b.ndims ^ 2)) != 0)
-                return false;
-            const double w = *static_cast<const double*>(j.pr);
+            if (b.ndims != 2 || !scalar_index(1, w)) return false;
             if (!(v >= 0.5 && v < b.dims[0] + 0.5 && w >= 0.5 && w < b.dims[1] + 0.5)) return false;
             to = static_cast<double*>(b.pr) + static_cast<int>(w - 1.0) * b.dims[0] +
                  static_cast<int>(v - 1.0);
@@ -183,6 +228,7 @@ class Mr {
         return true;
     }
     void clear() {
+        numbers = 0;
         for (int k = 0; k < 4; ++k) {
             owned[k] = 0;
             idx[k] = nullptr;
@@ -212,6 +258,38 @@ class Mr {
     void convert(int k, const Mm& i);
     void select_by_cell(const Mm& cell);
 };
+
+// The common read x(k) is done here; every other goes to read_reference.
+inline Mm::Mm(const Mr& r, int report) {
+    double v;
+    if (r.scalar_value(v)) {
+        M_types f = r.base->flags;
+        f.workspace_var = 0;
+        f.global = 0;
+        init_scalar(v, f);
+        return;
+    }
+    read_reference(r, report);
+}
+
+// Subscripts of a matrix.
+inline Mr Mm::operator()(double k) const { return Mr(*this, k); }
+inline Mr Mm::operator()(double r, double c) const { return Mr(*this, r, c); }
+inline Mr Mm::operator()(const Mm& i1) const { return Mr(Mr_paren, *this, i1); }
+inline Mr Mm::operator()(const Mm& i1, const Mm& i2) const { return Mr(Mr_paren, *this, i1, i2); }
+inline Mr Mm::operator()(const Mm& i1, const Mm& i2, const Mm& i3) const {
+    return Mr(Mr_paren, *this, i1, i2, i3);
+}
+inline Mr Mm::operator()(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const {
+    return Mr(Mr_paren, *this, i1, i2, i3, i4);
+}
+inline Mr Mm::br(const Mm& i1) const { return Mr(Mr_brace, *this, i1); }
+inline Mr Mm::br(const Mm& i1, const Mm& i2) const { return Mr(Mr_brace, *this, i1, i2); }
+inline Mr Mm::br(const Mm& i1, const Mm& i2, const Mm& i3) const { return Mr(Mr_brace, *this, i1, i2, i3); }
+inline Mr Mm::br(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const {
+    return Mr(Mr_brace, *this, i1, i2, i3, i4);
+}
+inline Mr Mm::member(const char* field) const { return Mr(*this, field); }
 
 // ---- user classes and subscripts ---------------------------------------------------------------------
 // The structure handed to a class's subsref and subsasgn: field "type" ("()", ".", "{}" or "?") and

@@ -116,7 +116,7 @@ TEST(SubscriptCells, ChainedReadsAndTheirTemporaries) {
     Mm s = three_elements();
     Mm inner = structure({"c"}, {cell_of({cell_of({Mm(1.0), row({5, 6, 7})})})});
     Mm outer = structure({"b"}, {cell_of({inner})});
-    int before = ak_internal::pool_live_blocks();
+    int before = ak_internal::pool_blocks_in_use();
     {
         EXPECT_EQ(V{20}, values(Mm(s(2.0).member("b"))));
         // s.b.c{2}(3)
@@ -124,7 +124,7 @@ TEST(SubscriptCells, ChainedReadsAndTheirTemporaries) {
         EXPECT_EQ(V{7}, values(v));
         EXPECT_EQ(2, outer.member("b").member("c").br(2.0)(row({1, 3})).size());
     }
-    EXPECT_EQ(before, ak_internal::pool_live_blocks());
+    EXPECT_EQ(before, ak_internal::pool_blocks_in_use());
     Mm c = cell_of({Mm(1.0), TM("hello")});
     EXPECT_EQ("l", text(Mm(c.br(2.0)(3.0))));
     EXPECT_ERROR(Mm(c.br(2.0)(9.0)),

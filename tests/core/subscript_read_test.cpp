@@ -253,13 +253,13 @@ TEST(SubscriptRead, CharacterAndByteIndicesAreTheirCodes) {
     Mm bytes(0, 0, 0, 1, 2, ak_uchar);
     static_cast<unsigned char*>(bytes.pr)[0] = 5;
     static_cast<unsigned char*>(bytes.pr)[1] = 99;
-    int before = ak_internal::pool_live_blocks();
+    int before = ak_internal::pool_blocks_in_use();
     {
         Mm r = x(bytes);
         EXPECT_EQ(V({5, 99}), values(r));
         EXPECT_EQ(D({2, 1, 2, 1, 1}), dims(r));
     }
-    EXPECT_EQ(before, ak_internal::pool_live_blocks());
+    EXPECT_EQ(before, ak_internal::pool_blocks_in_use());
     Mr ref(Mr_paren, x, bytes);
     EXPECT_EQ(1, ref.owned[0]);
     EXPECT_EQ(ak_double, ref.idx[0]->gettype());
@@ -303,7 +303,7 @@ TEST(SubscriptRead, AFailedIndexConversionFreesTheIndicesConvertedBefore) {
     Mm b(0, 0, 0, 1, 1, ak_uchar);
     static_cast<unsigned char*>(b.pr)[0] = 1;
     Mm c = named(cell_of({Mm(1.0)}), "c");
-    int before = ak_internal::pool_live_blocks();
+    int before = ak_internal::pool_blocks_in_use();
     EXPECT_ERROR(Mr(Mr_paren, x, b, c), "Can not convert c into a numeric matrix");
-    EXPECT_EQ(before, ak_internal::pool_live_blocks());
+    EXPECT_EQ(before, ak_internal::pool_blocks_in_use());
 }
