@@ -1,6 +1,8 @@
 // The storage allocator against the C heap (malloc/free): single pairs, batches of blocks held at
 // once, and very large blocks that are allocated, written and freed over and over, as element-wise
 // operations on big matrices do. Each benchmark reports `ratio`, arklib time over C-heap time.
+// The program links the library statically, so both are called as the library's own code calls
+// them: ak_malloc directly, malloc through the PLT of the C library.
 #include <unistd.h>
 
 #include <cstdlib>
