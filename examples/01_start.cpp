@@ -36,8 +36,7 @@ int main() {
               b.dirty());
 
     // b(2, 3) = 0: an indexed write first makes the written matrix the only holder of its block.
-    if (b.dirty()) b.deepcopy(b, ak_no_type);
-    b.r(2.0, 3.0) = 0.0;
+    b(2.0, 3.0) = 0.0;
     ak_printf("after b(2, 3) = 0: a.dirty() = %d, b.dirty() = %d, a(2, 3) = %g, b(2, 3) = %g\n", a.dirty(),
               b.dirty(), a.r(2.0, 3.0), b.r(2.0, 3.0));
 

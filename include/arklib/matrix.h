@@ -347,9 +347,9 @@ inline void Mm::init_scalar(double v, const M_types& f) {
 
 inline Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); }
 
-// Puts storage whose count has just reached 0 on the kept list when it is a 1x1 block. The count
-// sits right after 72 bytes of elements only in a block of that size made by the storage rule, which
-// holds index in a block of its own, and a cell its count.
+// Puts storage whose count has just reached 0 on the kept list when it is a 1x1 block: only a block
+// of that size has its count 72 bytes past its first element (a cell's count is a block of its own).
+// A sparse matrix's index is a block of its own too, so its storage is freed instead.
 inline bool Mm::keep_scalar_block() {
     ak_scalar_block_list& kept = ak_scalar_blocks;
     if (reinterpret_cast<char*>(refs) - static_cast<char*>(pr) != kept.distance || index) return false;

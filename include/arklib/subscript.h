@@ -133,8 +133,7 @@ class Mr {
             owned[k] = 0;
             idx[k] = r.idx[k];
         }
-        number[0] = r.number[0];
-        number[1] = r.number[1];
+        for (int k = 0; k < numbers; ++k) number[k] = r.number[k];
     }
 
     ~Mr() {
