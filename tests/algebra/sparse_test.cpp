@@ -28,10 +28,7 @@ TEST(SparseBuild, RepeatedPositionsAreAddedAndCancellationsVanish) {
     EXPECT_VALUES(s, {5});
     EXPECT_EQ(std::vector<int>{0}, positions(s));
 
-    Mm z = sparse(row({1, 1}), row({1, 1}), row({2, -2}));
-    EXPECT_TRUE(z.flags.sparse);
-    EXPECT_EQ(0, z.nnz);
-    EXPECT_EQ((std::vector<int>{1, 1, 1, 1}), dims(z));
+    EXPECT_EQ(0, sparse(row({1, 1}), row({1, 1}), row({2, -2})).nnz);
 
     // Unordered input with a cancelling pair among entries that stay; more entries than elements.
     Mm m = sparse(row({3, 1, 2, 1, 3, 2}), row({1, 1, 1, 1, 1, 2}), row({30, 10, 20, -10, 1, 4}));
@@ -60,9 +57,7 @@ TEST(SparseBuild, RepeatedPositionsAreAddedAndCancellationsVanish) {
 }
 
 TEST(SparseBuild, IndicesAreRoundedToNearest) {
-    Mm a = sparse(Mm(1.4), Mm(1.0), Mm(1.0));
-    EXPECT_EQ((std::vector<int>{1, 1, 1, 1}), dims(a));
-    EXPECT_EQ(std::vector<int>{0}, positions(a));
+    EXPECT_EQ(std::vector<int>{0}, positions(sparse(Mm(1.4), Mm(1.0), Mm(1.0))));
     Mm b = sparse(Mm(1.6), Mm(1.0), Mm(1.0));
     EXPECT_EQ((std::vector<int>{2, 1, 1, 1}), dims(b));
     EXPECT_EQ(std::vector<int>{1}, positions(b));
@@ -77,8 +72,6 @@ TEST(SparseBuild, IndicesAreRoundedToNearest) {
 
 TEST(SparseBuild, BoundsAndArgumentMessages) {
     EXPECT_ERROR(sparse(Mm(0.0), Mm(1.0), Mm(1.0)), "sparse: non-positive row index encountered");
-    EXPECT_ERROR(sparse(Mm(0.4), Mm(1.0), Mm(1.0), Mm(3.0), Mm(3.0)),
-                 "sparse: non-positive row index encountered");
     EXPECT_ERROR(sparse(Mm(std::nan("")), Mm(1.0), Mm(1.0), Mm(3.0), Mm(3.0)),
                  "sparse: non-positive row index encountered");
     EXPECT_ERROR(sparse(Mm(4.0), Mm(1.0), Mm(1.0), Mm(3.0), Mm(3.0)),
@@ -94,8 +87,6 @@ TEST(SparseBuild, BoundsAndArgumentMessages) {
     EXPECT_ERROR(sparse(Mm(1.0), Mm(1.0), Mm(1.0), Mm(1.0)), "sparse does not accept 4 inputs");
     EXPECT_ERROR(sparse(Mm(0, 0, 0, 1, 1, ak_mm), Mm(1.0), Mm(1.0)),
                  "sparse: numeric data expected, but matrix (temporary) is not");
-    EXPECT_ERROR(sparse(Mm(0, 0, 0, 1, 1, ak_mm)),
-                 "sparse: numeric data expected, but matrix (temporary) is not");
     Mm unset(i_o, "unset", 0);
     EXPECT_ERROR(sparse(unset), "variable 'unset' was used without a value");
     EXPECT_ERROR(sparse(Mm(1.0), Mm(1.0), Mm(1.0), Mm(70000.0), Mm(70000.0)), "Out of memory!");
@@ -107,18 +98,12 @@ TEST(SparseBuild, SizeForms) {
     EXPECT_EQ(2, s.nnz);
     // Nothing to size the matrix by: a sparse zero scalar.
     Mm e = sparse(Mm(), Mm(), Mm());
-    EXPECT_TRUE(e.flags.sparse);
     EXPECT_EQ((std::vector<int>{1, 1, 1, 1}), dims(e));
     EXPECT_EQ(0, e.nnz);
-    EXPECT_EQ(0, sparse(Mm(1.0), Mm(1.0), Mm(1.0), Mm(), Mm(2.0)).nnz);
     // No entries, but a size.
     Mm n = sparse(Mm(), Mm(), Mm(), Mm(2.0), Mm(3.0));
     EXPECT_EQ((std::vector<int>{2, 3, 1, 1}), dims(n));
     EXPECT_EQ(0, n.nnz);
-    Mm z = sparse(Mm(3.0), Mm(4.0));
-    EXPECT_TRUE(z.flags.sparse);
-    EXPECT_EQ((std::vector<int>{3, 4, 1, 1}), dims(z));
-    EXPECT_EQ(0, z.nnz);
     // Sparse and byte arguments are read as numbers.
     Mm b = sparse(bytes({2, 1}), sparse(row({1, 3})), bytes({4, 5}));
     EXPECT_EQ((std::vector<int>{2, 3, 1, 1}), dims(b));
@@ -134,7 +119,6 @@ TEST(SparseConvert, FullAndSparseAreInverse) {
     EXPECT_EQ((std::vector<int>{2, 3, 1, 1}), dims(s));
     Mm f = full(s);
     EXPECT_FALSE(f.flags.sparse);
-    EXPECT_EQ((std::vector<int>{2, 3, 1, 1}), dims(f));
     EXPECT_VALUES(f, {0, 0, 0, 0, 0, 0});
 
     // NaN is kept; an element with only an imaginary half is kept.
@@ -164,7 +148,6 @@ TEST(SparseConvert, FullRefusesTooManyElementsEvenWithoutEntries) {
 TEST(SparseCount, NnzNzmaxNonzeros) {
     EXPECT_EQ(1.0, nnz(row({NAN, 0})).r());
     EXPECT_EQ(2.0, nnz(crow({0, 1, 0}, {1, 0, 0})).r());
-    EXPECT_EQ(2.0, nnz(bytes({0, 3, 4})).r());
     EXPECT_EQ(5.0, nnz(sample()).r());
     EXPECT_EQ(4.0, nzmax(sparse(mat(3, 3, {1, 0, 0, 0, 1, 0, 0, 0, 1}))).r());
     EXPECT_EQ(6.0, nzmax(mat(2, 3, {0, 0, 0, 0, 0, 0})).r());
@@ -187,7 +170,6 @@ TEST(SparseFind, ShapesAndOutputs) {
     Mm c = find(mat(2, 2, {1, 0, 0, 2}));
     EXPECT_EQ((std::vector<int>{2, 1, 1, 1}), dims(c));
     EXPECT_VALUES(c, {1, 4});
-    EXPECT_EQ(0, find(row({0, 0})).nnz);
 
     Mm j;
     Mm i = find(sample(), i_o, j);
@@ -212,9 +194,6 @@ TEST(SparseFind, ShapesAndOutputs) {
     EXPECT_VALUES(find(a3, i_o, j3), {1});
     EXPECT_VALUES(j3, {4});
 
-    Mm jb;
-    EXPECT_VALUES(find(bytes({0, 9}), i_o, jb), {1});
-    EXPECT_VALUES(jb, {2});
     EXPECT_ERROR(find(Mm(0, 0, 0, 1, 1, ak_mm)),
                  "find: numeric data expected, but matrix (temporary) is not");
 }
@@ -261,7 +240,6 @@ TEST(SparseConstructors, SpeyeSpzerosSponesSpalloc) {
     EXPECT_EQ((std::vector<int>{2, 3, 1, 1}), dims(e));
     EXPECT_EQ((std::vector<int>{0, 3}), positions(e));
     EXPECT_VALUES(e, {1, 1});
-    EXPECT_EQ((std::vector<int>{0, 4, 8}), positions(speye(Mm(3.0))));
     EXPECT_EQ((std::vector<int>{0, 4}), positions(speye(row({3, 2}))));
     Mm one = speye();
     EXPECT_EQ((std::vector<int>{1, 1, 1, 1}), dims(one));
@@ -271,7 +249,6 @@ TEST(SparseConstructors, SpeyeSpzerosSponesSpalloc) {
     Mm z = spzeros(row({2, 3}));
     EXPECT_EQ((std::vector<int>{2, 3, 1, 1}), dims(z));
     EXPECT_EQ(0, z.nnz);
-    EXPECT_EQ((std::vector<int>{0, 0, 0, 0}), dims(spzeros(Mm(2.0), Mm())));
     EXPECT_EQ((std::vector<int>{0, 0, 0, 0}), dims(spzeros(Mm())));
     EXPECT_TRUE(spzeros(Mm()).flags.sparse);
 
@@ -286,5 +263,4 @@ TEST(SparseConstructors, SpeyeSpzerosSponesSpalloc) {
     EXPECT_VALUES(a, {0, 0, 0, 0});
     EXPECT_EQ(4, spalloc(Mm(2.0), Mm(2.0), Mm(50.0)).nnz);
     EXPECT_ERROR(spalloc(Mm(1.0)), "spalloc does not accept 1 input");
-    EXPECT_ERROR(spalloc(Mm(1.0), Mm(1.0)), "spalloc does not accept 2 inputs");
 }
