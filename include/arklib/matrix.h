@@ -1,6 +1,7 @@
 // The matrix value: a small head over reference-counted element storage.
 #pragma once
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 #include "arklib/error.h"
@@ -352,7 +353,9 @@ inline Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); 
 // A sparse matrix's index is a block of its own too, so its storage is freed instead.
 inline bool Mm::keep_scalar_block() {
     ak_scalar_block_list& kept = ak_scalar_blocks;
-    if (reinterpret_cast<char*>(refs) - static_cast<char*>(pr) != kept.distance || index) return false;
+    const long distance =
+        static_cast<long>(reinterpret_cast<std::uintptr_t>(refs) - reinterpret_cast<std::uintptr_t>(pr));
+    if (distance != kept.distance || index) return false;
     *static_cast<void**>(pr) = kept.head;
     kept.head = pr;
     refs = nullptr;
