@@ -53,6 +53,11 @@ Mm mrdivide(const Mm& a, const Mm& b) {
     return x_M;
 }
 
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mm& a, double b) { return named(a, Mm(b)); }
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mm& b) { return named(Mm(a), b); }
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mr& a, double b) { return named(Mm(a), Mm(b)); }
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mr& b) { return named(Mm(a), Mm(b)); }
+
 Mm operator&&(const Mm& a, const Mm& b) { return mand(a, b); }
 Mm operator||(const Mm& a, const Mm& b) { return mor(a, b); }
 Mm operator!(const Mm& a) { return mnot(a); }

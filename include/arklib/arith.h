@@ -230,6 +230,12 @@ inline Mm ak_scalar_result(double v, int logical) {
     r.flags.logical = logical;
     return r;
 }
+// The operand kinds that the scalar path does not serve, through the named form: out of line, so
+// that the operators stay small enough to be inlined where they are used.
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mm& a, double b);
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mm& b);
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mr& a, double b);
+Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mr& b);
 
 #define AK_SCALAR_OPERATOR(OP, NAMED, LOGICAL)                                             \
     inline Mm operator OP(const Mm& a, const Mm& b) {                                      \
@@ -239,21 +245,21 @@ inline Mm ak_scalar_result(double v, int logical) {
     }                                                                                      \
     inline Mm operator OP(const Mm& a, double b) {                                         \
         if (ak_plain_scalar(a)) return ak_scalar_result(ak_scalar_value(a) OP b, LOGICAL); \
-        return NAMED(a, Mm(b));                                                            \
+        return ak_apply(NAMED, a, b);                                                      \
     }                                                                                      \
     inline Mm operator OP(double a, const Mm& b) {                                         \
         if (ak_plain_scalar(b)) return ak_scalar_result(a OP ak_scalar_value(b), LOGICAL); \
-        return NAMED(Mm(a), b);                                                            \
+        return ak_apply(NAMED, a, b);                                                      \
     }                                                                                      \
     inline Mm operator OP(const Mr& a, double b) {                                         \
         double v;                                                                          \
         if (a.scalar_value(v)) return ak_scalar_result(v OP b, LOGICAL);                   \
-        return NAMED(Mm(a), Mm(b));                                                        \
+        return ak_apply(NAMED, a, b);                                                      \
     }                                                                                      \
     inline Mm operator OP(double a, const Mr& b) {                                         \
         double v;                                                                          \
         if (b.scalar_value(v)) return ak_scalar_result(a OP v, LOGICAL);                   \
-        return NAMED(Mm(a), Mm(b));                                                        \
+        return ak_apply(NAMED, a, b);                                                      \
     }
 AK_SCALAR_OPERATOR(+, plus, 0)
 AK_SCALAR_OPERATOR(-, minus, 0)
