@@ -253,8 +253,10 @@ __attribute__((noinline)) void* allocate(std::size_t size) {
     if (size > SIZE_MAX - request_overhead) return nullptr;
     std::size_t n = size + request_overhead;
     if (n > tier_threshold) return large_alloc(n);
-    // The kept 1x1 blocks go back to their list before that list is grown.
-    if (ak_scalar_blocks.head && pool.bucket(n) == pool.bucket(scalar_block_request)) release_scalar_blocks();
+    // The kept 1x1 blocks go back to their list before that list is grown. (None are kept while
+    // threads are in play.)
+    if (!multi_task && ak_scalar_blocks.head && pool.bucket(n) == pool.bucket(scalar_block_request))
+        release_scalar_blocks();
     allocator_lock lock;
     return pool.take(n);
 }

@@ -33,7 +33,8 @@ struct i_o_t {
 };
 extern i_o_t i_o;
 
-// When set (by ak_set_AK), reference counts change atomically and the runtime locks are taken.
+// When set, reference counts change atomically and the runtime locks are taken. Change it only
+// through ak_set_AK, which also stops the keeping of 1x1 blocks for reuse.
 extern int multi_task;
 
 class Mr;
@@ -219,6 +220,7 @@ class Mm {
   private:
     void read_reference(const Mr& ref, int report);  // every read but the common scalar x(k)
     bool keep_scalar_block();
+    bool release_share();
     void init_head(int nd, ak_matrix_types type);
     void set_full_shape(int nd, const int* d, long long limit);
     void drop_ref();
@@ -362,14 +364,25 @@ inline bool Mm::keep_scalar_block() {
     return true;
 }
 
-inline void Mm::drop_ref() {
-    if (refs && ak_ref_drop(refs) == 0 && !keep_scalar_block()) storage_free();
+// Drops this head's share of its storage; true when it was the last one and the storage is gone.
+// Blocks are kept only while threads are not in play.
+inline bool Mm::release_share() {
+    if (!refs) return false;
+    if (multi_task) {
+        if (__atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) != 0) return false;
+        storage_free();
+        return true;
+    }
+    if (--*refs != 0) return false;
+    if (!keep_scalar_block()) storage_free();
+    return true;
 }
+
+inline void Mm::drop_ref() { release_share(); }
 
 inline Mm::~Mm() {
     if (ak_scope_tracking) ak_scope_unregister(this);
     ndims = -1;
-    if (!refs || ak_ref_drop(refs) != 0) return;
-    if (!keep_scalar_block()) storage_free();
+    if (!release_share()) return;
     if (name && flags.scalar_var && nnz == 1 && (ak_default_error_flags & 8)) ak_debug_handler('s', name);
 }
