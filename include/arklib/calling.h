@@ -69,9 +69,9 @@ void forelem_column(Mm& var, Mm& m, int k);
 // The common step of `for i = a:b`: element k of a real double row into the real 1x1 loop variable
 // that the step before left, and that nothing else holds. Every other step loads the column in full.
 inline void forelem(Mm& var, Mm& m, int k) {
-    const int other = (m.flags.type ^ ak_double) | m.flags.sparse | (m.dims[0] ^ 1) | (m.ndims ^ 2) |
-                      (var.flags.type ^ ak_double) | var.flags.sparse | (var.nnz ^ 1) | (var.ndims ^ 2);
-    if (!other && k > 0 && k < m.dims[1] && !m.pi && !var.pi && !var.fields && var.refs && *var.refs == 1) {
+    const int other = (m.flags.type ^ ak_double) | m.flags.sparse | (m.dims[0] ^ 1) |
+                      (var.flags.type ^ ak_double) | var.flags.sparse | (var.nnz ^ 1);
+    if (!other && k > 0 && k < m.dims[1] && !m.pi && !var.pi && var.refs && *var.refs == 1) {
         *static_cast<double*>(var.pr) = static_cast<const double*>(m.pr)[k];
         var.flags.str = m.flags.str;
         var.flags.logical = m.flags.logical;
