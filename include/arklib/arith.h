@@ -225,10 +225,7 @@ inline bool ak_plain_scalar(const Mm& a) {
 inline double ak_scalar_value(const Mm& a) { return *static_cast<const double*>(a.pr); }
 // The 1x1 result of an element-wise operation: no flag set but, for a comparison, logical.
 inline Mm ak_scalar_result(double v, int logical) {
-    Mm r(v);
-    r.flags.scalar_var = 0;
-    r.flags.logical = logical;
-    return r;
+    return Mm(v, M_types{0, 0, logical, 0, 0, 0, ak_double});
 }
 // The operand kinds that the scalar path does not serve, through the named form: out of line, so
 // that the operators stay small enough to be inlined where they are used.
@@ -238,25 +235,25 @@ Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mr& a, double b);
 Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mr& b);
 
 #define AK_SCALAR_OPERATOR(OP, NAMED, LOGICAL)                                             \
-    inline Mm operator OP(const Mm& a, const Mm& b) {                                      \
+    AK_SCALAR_PATH Mm operator OP(const Mm& a, const Mm& b) {                              \
         if (ak_plain_scalar(a) && ak_plain_scalar(b))                                      \
             return ak_scalar_result(ak_scalar_value(a) OP ak_scalar_value(b), LOGICAL);    \
         return NAMED(a, b);                                                                \
     }                                                                                      \
-    inline Mm operator OP(const Mm& a, double b) {                                         \
+    AK_SCALAR_PATH Mm operator OP(const Mm& a, double b) {                                 \
         if (ak_plain_scalar(a)) return ak_scalar_result(ak_scalar_value(a) OP b, LOGICAL); \
         return ak_apply(NAMED, a, b);                                                      \
     }                                                                                      \
-    inline Mm operator OP(double a, const Mm& b) {                                         \
+    AK_SCALAR_PATH Mm operator OP(double a, const Mm& b) {                                 \
         if (ak_plain_scalar(b)) return ak_scalar_result(a OP ak_scalar_value(b), LOGICAL); \
         return ak_apply(NAMED, a, b);                                                      \
     }                                                                                      \
-    inline Mm operator OP(const Mr& a, double b) {                                         \
+    AK_SCALAR_PATH Mm operator OP(const Mr& a, double b) {                                 \
         double v;                                                                          \
         if (a.scalar_value(v)) return ak_scalar_result(v OP b, LOGICAL);                   \
         return ak_apply(NAMED, a, b);                                                      \
     }                                                                                      \
-    inline Mm operator OP(double a, const Mr& b) {                                         \
+    AK_SCALAR_PATH Mm operator OP(double a, const Mr& b) {                                 \
         double v;                                                                          \
         if (b.scalar_value(v)) return ak_scalar_result(a OP v, LOGICAL);                   \
         return ak_apply(NAMED, a, b);                                                      \
@@ -273,7 +270,7 @@ AK_SCALAR_OPERATOR(==, eq, 1)
 AK_SCALAR_OPERATOR(!=, ne, 1)
 #undef AK_SCALAR_OPERATOR
 
-inline Mm operator-(const Mm& a) {
+AK_SCALAR_PATH Mm operator-(const Mm& a) {
     if (ak_plain_scalar(a)) return ak_scalar_result(-ak_scalar_value(a), 0);
     return uminus(a);
 }

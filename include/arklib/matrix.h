@@ -60,7 +60,8 @@ class Mm {
 
     // ---- construction ------------------------------------------------------------------------
     Mm();
-    Mm(double v);  // 1x1 real, scalar_var set
+    Mm(double v);                    // 1x1 real, scalar_var set
+    Mm(double v, const M_types& f);  // 1x1 real with the flag record f, whose type is ak_double
     Mm(int complex, int sparse, int nnz, int rows, int cols, ak_matrix_types type);
     Mm(int complex, int sparse, int nnz, int ndims, const int* dims, ak_matrix_types type);
     Mm(const char* name, int rows, int cols);
@@ -237,6 +238,10 @@ inline int ak_ref_drop(int* refs) {
     return multi_task ? __atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) : --*refs;
 }
 
+// The scalar paths of operators, subscripts and loops are inlined where they are used whatever the
+// size of the function around them: a call would cost as much as the path itself.
+#define AK_SCALAR_PATH inline __attribute__((always_inline))
+
 // ---- kept 1x1 storage ---------------------------------------------------------------------------------
 // Translated scalar code makes and drops a 1x1 temporary for nearly every operation. When the last
 // head of a real 1x1 double's storage goes, the block is kept on this list, and the next 1x1 takes it
@@ -349,6 +354,7 @@ inline void Mm::init_scalar(double v, const M_types& f) {
 }
 
 inline Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); }
+inline Mm::Mm(double v, const M_types& f) { init_scalar(v, f); }
 
 // Puts storage whose count has just reached 0 on the kept list when it is a 1x1 block: only a block
 // of that size has its count 72 bytes past its first element (a cell's count is a block of its own).
@@ -381,7 +387,8 @@ inline bool Mm::release_share() {
 inline void Mm::drop_ref() { release_share(); }
 
 inline Mm::~Mm() {
-    if (ak_scope_tracking) ak_scope_unregister(this);
+    // The scope table knows its variables by name: a temporary was never registered.
+    if (name && ak_scope_tracking) ak_scope_unregister(this);
     ndims = -1;
     if (!release_share()) return;
     if (name && flags.scalar_var && nnz == 1 && (ak_default_error_flags & 8)) ak_debug_handler('s', name);

@@ -1,6 +1,8 @@
 // Subscript references: x(i,...), x{i,...}, x.name and every chain of them build an Mr, which does
 // no work until it is converted to Mm (a read) or assigned to (a write).
 #pragma once
+#include <cstring>
+
 #include "arklib/matrix.h"
 
 // Kind of a reference: the character code of its opening token.
@@ -137,7 +139,7 @@ class Mr {
     }
 
     ~Mr() {
-        if (owned[0] | owned[1] | owned[2] | owned[3]) release_owned();
+        if (any_owned()) release_owned();
         member_name = nullptr;
         base = nullptr;
         parent = nullptr;
@@ -145,7 +147,7 @@ class Mr {
 
     // Assignment through the reference: x(i) = y. A reference on the right is read completely
     // before the write starts. The scalar store of translated loops is done here, inline.
-    __attribute__((always_inline)) Mr& operator=(const Mm& y) {
+    AK_SCALAR_PATH Mr& operator=(const Mm& y) {
         if (!store_scalar(y)) assign(y);
         return *this;
     }
@@ -183,7 +185,7 @@ class Mr {
     }
     // The value of the common read x(k), of a real dense double x at a plain scalar index inside it,
     // with no user class. False for every other read. A position is the index less 1, truncated.
-    bool scalar_value(double& v) const {
+    AK_SCALAR_PATH bool scalar_value(double& v) const {
         if (n != 1 || type != Mr_paren || chained) return false;
         const Mm& b = *base;
         double k;
@@ -203,9 +205,13 @@ class Mr {
     void assign(const Mm& y);  // every assignment but the inline scalar store
     void make_index_matrices() const;
     void release_owned();
+    bool any_owned() const {
+        static const int none[4] = {0, 0, 0, 0};
+        return std::memcmp(owned, none, sizeof owned) != 0;  // one 16-byte compare
+    }
     // x(k) = v and x(r,c) = v: a real scalar v into a real dense double x that this head alone holds,
     // at plain scalar indices whose rounded values lie inside x. False for anything else.
-    __attribute__((always_inline)) bool store_scalar(const Mm& y) const {
+    AK_SCALAR_PATH bool store_scalar(const Mm& y) const {
         if (chained || type != Mr_paren || static_cast<unsigned>(n - 1) > 1u) return false;
         Mm& b = *base;
         // Each term is 0 for the case served here; one test instead of a branch per condition.
@@ -259,7 +265,7 @@ class Mr {
 };
 
 // The common read x(k) is done here; every other goes to read_reference.
-inline Mm::Mm(const Mr& r, int report) {
+AK_SCALAR_PATH Mm::Mm(const Mr& r, int report) {
     double v;
     if (r.scalar_value(v)) {
         M_types f = r.base->flags;
