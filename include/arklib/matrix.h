@@ -234,9 +234,6 @@ inline void ak_ref_raise(int* refs) {
     else
         ++*refs;
 }
-inline int ak_ref_drop(int* refs) {
-    return multi_task ? __atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) : --*refs;
-}
 
 // The scalar paths of operators, subscripts and loops are inlined where they are used whatever the
 // size of the function around them: a call would cost as much as the path itself.
