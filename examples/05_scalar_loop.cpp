@@ -25,21 +25,27 @@ double seconds() {
     return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
 }
 
-}  // namespace
-
-int main() {
-    initM();
-    Mm n("n", 0, 0), x("x", 0, 0), i("i", 0, 0), small("small", 0, 0);
-
-    n = 1000000.0;
-    x = zeros(1.0, n);
-    x(1.0) = 1.0;
-    const double start = seconds();
+// The loop, as the translator writes the body of an M-function.
+void halve_and_add(Mm& x, const Mm& n) {
+    Mm i("i", 0, 0);
     Mm range = colon(Mm(2.0), n);
     for (int k = 0; k < forsize(range); ++k) {
         forelem(i, range, k);
         x(i) = x(i - 1.0) * 0.5 + 1.0;
     }
+}
+
+}  // namespace
+
+int main() {
+    initM();
+    Mm n("n", 0, 0), x("x", 0, 0), small("small", 0, 0);
+
+    n = 1000000.0;
+    x = zeros(1.0, n);
+    x(1.0) = 1.0;
+    const double start = seconds();
+    halve_and_add(x, n);
     const double elapsed = seconds() - start;
     disp(x(n));
     small = x < 1.5;

@@ -224,7 +224,7 @@ inline bool ak_plain_scalar(const Mm& a) {
 }
 inline double ak_scalar_value(const Mm& a) { return *static_cast<const double*>(a.pr); }
 // The 1x1 result of an element-wise operation: no flag set but, for a comparison, logical.
-inline Mm ak_scalar_result(double v, int logical) {
+AK_SCALAR_PATH Mm ak_scalar_result(double v, int logical) {
     return Mm(v, M_types{0, 0, logical, 0, 0, 0, ak_double});
 }
 // The operand kinds that the scalar path does not serve, through the named form: out of line, so

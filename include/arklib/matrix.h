@@ -325,7 +325,7 @@ inline Mm::Mm(const Mm& s)
     if (refs) ak_ref_raise(refs);
 }
 
-inline void Mm::init_scalar(double v, const M_types& f) {
+AK_SCALAR_PATH void Mm::init_scalar(double v, const M_types& f) {
     ndims = 2;
     dims[0] = dims[1] = dims[2] = dims[3] = 1;
     nnz = 1;
@@ -350,8 +350,8 @@ inline void Mm::init_scalar(double v, const M_types& f) {
     *static_cast<double*>(pr) = v;
 }
 
-inline Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); }
-inline Mm::Mm(double v, const M_types& f) { init_scalar(v, f); }
+AK_SCALAR_PATH Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); }
+AK_SCALAR_PATH Mm::Mm(double v, const M_types& f) { init_scalar(v, f); }
 
 // Puts storage whose count has just reached 0 on the kept list when it is a 1x1 block: only a block
 // of that size has its count 72 bytes past its first element (a cell's count is a block of its own).

@@ -173,7 +173,7 @@ class Mr {
 
     // Index k as a number when it is a plain scalar: a number given as such, or a real full 1x1 double
     // matrix that is not logical. False for anything else.
-    bool scalar_index(int k, double& v) const {
+    AK_SCALAR_PATH bool scalar_index(int k, double& v) const {
         if (k < numbers) {
             v = number[k];
             return true;
