@@ -64,7 +64,7 @@ int ak_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // The call stack of translated M-files. Translated code writes it directly: its layout is fixed.
 class ak_error_stack_t {
-public:
+  public:
     const char* files[513];
     int lines[513];
     int depth;

@@ -8,7 +8,7 @@
 #include "arklib/matrix.h"
 
 class Mc {
-public:
+  public:
     const Mm* inline_items[16];  // the first 16 entries need no heap
     int inline_owned[16];
     const Mm** items;  // inline_items, or a C-heap block
@@ -28,7 +28,7 @@ public:
 
     int count() const { return last + 1; }
 
-private:
+  private:
     void operator=(const Mc&);  // reports "Mc=Mc called"
     void append(const Mm* m, int own);
     void use_inline();

@@ -17,9 +17,10 @@ void* ak_malloc_or_report(std::size_t size);
 // with warning("possible memory overwrite"). The block is freed either way.
 template <typename T>
 class ak_scratch {
-public:
+  public:
     explicit ak_scratch(int count)
-        : data_(static_cast<T*>(ak_malloc_or_report(sizeof(T) * static_cast<std::size_t>(count < 0 ? 0 : count)))),
+        : data_(static_cast<T*>(
+              ak_malloc_or_report(sizeof(T) * static_cast<std::size_t>(count < 0 ? 0 : count)))),
           count_(count < 0 ? 0 : count) {}
     ~ak_scratch() { release(); }
     ak_scratch(const ak_scratch&) = delete;
@@ -30,7 +31,7 @@ public:
     int count() const { return count_; }
     int& count_slot() { return count_; }  // the trip wire itself, for code that tracks a length in it
 
-private:
+  private:
     void release();
     T* data_;
     int count_;
