@@ -218,8 +218,9 @@ void Mr::release_owned() {
 
 void Mr::make_index_matrices() const {
     for (int k = 0; k < numbers; ++k) {
-        idx[k] = new Mm(number[k]);
-        owned[k] = 1;
+        Mm* index = new Mm(number[k]);
+        idx[k] = index ? index : &x_M;  // out of memory was reported; an empty index selects nothing
+        owned[k] = index != nullptr;
     }
     numbers = 0;
 }
