@@ -84,6 +84,7 @@ TEST(EngineBytes, ArithmeticWrapsModulo256) {
     EXPECT_VALUES(Mm(100.0) + a, {44});  // the double is cut to a byte first
     EXPECT_VALUES(Mm(300.7) + bytes({1}), {45});
     EXPECT_VALUES(bytes({3}) - bytes({5}), {254});
+    EXPECT_VALUES(times(bytes({16, 3}), bytes({17, 2})), {16, 6});  // the element loop wraps too
     EXPECT_VALUES(-bytes({1, 0}), {255, 0});
     EXPECT_VALUES(sum(bytes({200, 100, 1})), {45});
     EXPECT_VALUES(cumsum(bytes({200, 100, 1})), {200, 44, 45});
@@ -93,6 +94,7 @@ TEST(EngineBytes, ArithmeticWrapsModulo256) {
     EXPECT_EQ(ak_uchar, lt_r.flags.type);
     EXPECT_VALUES(lt_r, {1, 0});
     EXPECT_TRUE(lt_r.flags.logical);
+    EXPECT_VALUES(max(bytes({7, 9}), bytes({8, 8})), {8, 9});
     EXPECT_VALUES(rdivide(bytes({7}), Mm(2.0)), {3});
     Mm idx;
     EXPECT_VALUES(max(bytes({4, 250, 250}), i_o, idx), {250});
