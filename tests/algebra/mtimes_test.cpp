@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <random>
-#include <vector>
 
 #include "arklib.h"
 #include "tests/test_support.h"
@@ -22,39 +21,29 @@ Mm random_matrix(int r, int c, bool complex, unsigned seed) {
     return m;
 }
 
-// The product by the definition, in long double.
-void naive(const Mm& a, const Mm& b, std::vector<double>& re, std::vector<double>& im) {
-    int m = a.dims[0], k = a.dims[1], n = b.dims[1];
-    re.assign(static_cast<std::size_t>(m) * n, 0.0);
-    im.assign(re.size(), 0.0);
+// a * b against the definition, in long double.
+void expect_product(const Mm& a, const Mm& b) {
+    Mm c = a * b;
+    int m = a.dims[0], n = b.dims[1], inner = a.dims[1];
+    ASSERT_EQ(m, c.dims[0]);
+    ASSERT_EQ(n, c.dims[1]);
+    ASSERT_EQ(a.pi || b.pi, c.pi != nullptr);
+    double tol = 1e-14 * (inner + 1);
     for (int j = 0; j < n; ++j)
         for (int i = 0; i < m; ++i) {
             long double sr = 0, si = 0;
-            for (int p = 0; p < k; ++p) {
+            for (int p = 0; p < inner; ++p) {
                 long double ar = a.addr()[p * m + i], ai = a.pi ? a.addi()[p * m + i] : 0.0;
-                long double br = b.addr()[j * k + p], bi = b.pi ? b.addi()[j * k + p] : 0.0;
+                long double br = b.addr()[j * inner + p], bi = b.pi ? b.addi()[j * inner + p] : 0.0;
                 sr += ar * br - ai * bi;
                 si += ar * bi + ai * br;
             }
-            re[static_cast<std::size_t>(j) * m + i] = static_cast<double>(sr);
-            im[static_cast<std::size_t>(j) * m + i] = static_cast<double>(si);
+            EXPECT_NEAR(static_cast<double>(sr), c.addr()[j * m + i], tol) << "(" << i << ", " << j << ")";
+            if (c.pi) {
+                EXPECT_NEAR(static_cast<double>(si), c.addi()[j * m + i], tol)
+                    << "(" << i << ", " << j << ")";
+            }
         }
-}
-
-void expect_product(const Mm& a, const Mm& b) {
-    Mm c = a * b;
-    ASSERT_EQ(a.dims[0], c.dims[0]);
-    ASSERT_EQ(b.dims[1], c.dims[1]);
-    ASSERT_EQ(a.pi || b.pi, c.pi != nullptr);
-    std::vector<double> re, im;
-    naive(a, b, re, im);
-    double tol = 1e-14 * (a.dims[1] + 1);
-    for (int k = 0; k < c.nnz; ++k) {
-        EXPECT_NEAR(re[k], c.addr()[k], tol) << "real part of element " << k;
-        if (c.pi) {
-            EXPECT_NEAR(im[k], c.addi()[k], tol) << "imaginary part of element " << k;
-        }
-    }
 }
 
 }  // namespace
@@ -108,8 +97,7 @@ TEST(Transpose, RealComplexBytesCellsAndSparse) {
             EXPECT_EQ(a.addi()[j * 33 + i], t.addi()[i * 70 + j]);
             EXPECT_EQ(-a.addi()[j * 33 + i], h.addi()[i * 70 + j]);
         }
-    Mm s = TM("abc");
-    Mm st = transpose(s);
+    Mm st = transpose(TM("abc"));
     EXPECT_EQ(3, st.dims[0]);
     EXPECT_EQ(1, st.flags.str);
     Mm c(0, 0, 0, 1, 2, ak_mm);
@@ -137,10 +125,6 @@ TEST(Mpower, RepeatedSquaring) {
     for (int k = 0; k < 25; ++k) EXPECT_NEAR(by_product.addr()[k], by_power.addr()[k], 1e-13);
     Mm id = mpower(a, Mm(0.0));
     for (int k = 0; k < 25; ++k) EXPECT_EQ(k % 6 == 0 ? 1.0 : 0.0, id.addr()[k]);
-    Mm z = random_matrix(3, 3, true, 9);
-    Mm z3 = mpower(z, Mm(3.0));
-    Mm zp = z * z * z;
-    for (int k = 0; k < 9; ++k) EXPECT_NEAR(zp.addi()[k], z3.addi()[k], 1e-14);
     Mm sc = mpower(Mm(-8.0), Mm(2.0));  // scalars: the element power
     EXPECT_EQ(64.0, sc.r());
     EXPECT_ERROR(mpower(random_matrix(2, 3, false, 1), Mm(2.0)),

