@@ -1,6 +1,5 @@
 // sprintf and sscanf over the format engine: recycling, integer and text conversions, literal
 // pieces, the result shapes of sscanf, and formats that the platform formatter must not see as is.
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -36,32 +35,23 @@ std::vector<double> values(const Mm& m) { return std::vector<double>(m.addr(), m
 
 }  // namespace
 
-TEST(Sprintf, IntegerConversionsTruncateAndSpellNonFinite) {
+TEST(Sprintf, NumericConversionsTruncateAndSpellNonFinite) {
     EXPECT_EQ("3", fmt("%d", Mm(3.7)));
-    EXPECT_EQ("Inf", fmt("%d", Inf));
     EXPECT_EQ("NaN", fmt("%5d", NaN));             // no padding
     EXPECT_EQ("-Inf", fmt("x%d", Mm(-INFINITY)));  // the piece's literal text goes too
-    EXPECT_EQ("  42|", fmt("%4i|", Mm(42.0)));
     EXPECT_EQ("ffffffffffffffff", fmt("%x", Mm(-1.0)));
     EXPECT_EQ("9223372036854775807", fmt("%d", Mm(1e300)));  // saturates, no undefined conversion
-    // The size modifiers are taken out; h and l print the same.
-    EXPECT_EQ("7 7", fmt("%hd %ld", Mm(7.0), Mm(7.0)));
-}
-
-TEST(Sprintf, HexadecimalBytesOfDoublesAndFloats) {
-    // 1.0 is 00 00 00 00 00 00 F0 3F in memory; each byte is written low digit first.
+    EXPECT_EQ("7 7", fmt("%hd %ld", Mm(7.0), Mm(7.0)));      // size modifiers are taken out
+    // The bytes of a double and of a float, each written low digit first.
     EXPECT_EQ("0000000000000FF3", fmt("%bx", Mm(1.0)));
-    EXPECT_EQ("000008F3", fmt("%tx", Mm(1.0)));  // the float 1.0: 00 00 80 3F
-}
-
-TEST(Sprintf, FloatingConversionsSpellNonFiniteValues) {
-    EXPECT_EQ("1.500000", fmt("%f", Mm(1.5)));
+    EXPECT_EQ("000008F3", fmt("%tx", Mm(1.0)));
     EXPECT_EQ("  -Inf|   Inf|   NaN", fmt("%6.2f|%6g|%6e", Mm(-INFINITY), Inf, NaN));
     EXPECT_EQ(" NaN", fmt("%g", Mm(-NAN)));  // the sign's place stays as a blank
+    EXPECT_EQ("200", fmt("%d", muint8(Mm(200.0))));
+    EXPECT_EQ("0 3 ", fmt("%d ", sparse(row({0, 3}))));
 }
 
 TEST(Sprintf, RecyclingAndLiteralPieces) {
-    EXPECT_EQ("1,2,3,", fmt("%d,", row({1, 2, 3})));
     EXPECT_EQ("1\n2\n", fmt("%d\\n", row({1, 2})));
     // The format carries on across the arguments of one call.
     EXPECT_EQ("1-2;3", fmt("%d-%d;", Mm(1.0), row({2, 3})));
@@ -74,7 +64,6 @@ TEST(Sprintf, RecyclingAndLiteralPieces) {
 }
 
 TEST(Sprintf, TextConversions) {
-    EXPECT_EQ("Hi", fmt("%s", row({72, 105})));
     EXPECT_EQ("A", fmt("%s", Mm(65.7)));
     // %s takes the rest of the data, and the writer stops right after it.
     EXPECT_EQ("   ab", fmt("%5s|", TM("ab")));
@@ -105,12 +94,6 @@ TEST(Sprintf, FormsWithoutDataAndUnusualFormats) {
                  "sprintf: only numbers and strings can be printed");
 }
 
-TEST(Sprintf, UnsignedCharAndSparseArguments) {
-    EXPECT_EQ("200", fmt("%d", muint8(Mm(200.0))));
-    Mm s = sparse(row({0, 3}));
-    EXPECT_EQ("0 3 ", fmt("%d ", s));
-}
-
 TEST(Sscanf, ShapesOfTheResult) {
     Mm a = sscanf(TM("1 2 3"), TM("%d"));
     EXPECT_EQ(3, a.rows());
@@ -122,13 +105,9 @@ TEST(Sscanf, ShapesOfTheResult) {
     EXPECT_EQ(1, s.rows());
     EXPECT_EQ("abc", text(s));
 
-    Mm m = sscanf(TM("1 2 3 4"), TM("%d"), row({2, 2}));
-    EXPECT_EQ(2, m.rows());
-    EXPECT_EQ(2, m.cols());
-    EXPECT_EQ((std::vector<double>{1, 2, 3, 4}), values(m));
-
     Mm short_input = sscanf(TM("1 2 3"), TM("%d"), row({2, 2}));
     EXPECT_EQ((std::vector<double>{1, 2, 3, 0}), values(short_input));
+    EXPECT_EQ(2, short_input.rows());
     EXPECT_EQ(2, short_input.cols());
 
     Mm open = sscanf(TM("1 2 3 4 5"), TM("%d"), row({2, INFINITY}));
@@ -169,18 +148,15 @@ TEST(Sscanf, PositionMovesByWholeTokens) {
     EXPECT_EQ(0, sscanf(TM("5"), TM("% d")).size());
 }
 
-TEST(Sscanf, LongTokensFitTheTextBuffer) {
+TEST(Sscanf, LongTokensAndStreams) {
     std::string big(40000, 'a');
-    Mm s = sscanf(TM(big.c_str()), TM("%s"));
-    EXPECT_EQ(40000, s.size());
+    EXPECT_EQ(40000, sscanf(TM(big.c_str()), TM("%s")).size());
     std::string many;
     for (int k = 0; k < 9000; ++k) many += std::to_string(k) + " ";
     Mm r = sscanf(TM(many.c_str()), TM("%d"));
     ASSERT_EQ(9000, r.size());  // past two growth steps of the result
     EXPECT_EQ(8999.0, r.addr()[8999]);
-}
 
-TEST(ScanMatrix, ReadsAStream) {
     std::FILE* f = std::tmpfile();
     ASSERT_NE(nullptr, f);
     std::fputs("1 2\n3 abc", f);

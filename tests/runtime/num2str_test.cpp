@@ -43,9 +43,7 @@ Mm complex_row(std::initializer_list<double> re, std::initializer_list<double> i
 TEST(Num2str, WidthsAndPrecision) {
     EXPECT_EQ("3.142", text(num2str(pi)));
     EXPECT_EQ("  3.1415927", text(num2str(pi, Mm(8.0))));  // the full form strips nothing
-    EXPECT_EQ("1   10  100", text(num2str(matrix(1, 3, {1, 10, 100}))));
     EXPECT_EQ((std::vector<std::string>{"1  2", "3  4"}), lines(num2str(matrix(2, 2, {1, 3, 2, 4}))));
-    EXPECT_EQ("NaN  1.5", text(num2str(matrix(1, 2, {NAN, 1.5}))));
     EXPECT_EQ("-Inf   Inf", text(num2str(matrix(1, 2, {-INFINITY, INFINITY}))));
 
     Mm s, w;
@@ -69,29 +67,21 @@ TEST(Num2str, StringsEmptiesAndValuesWithoutType) {
     EXPECT_EQ(28.0, *w.addr());
     EXPECT_ERROR(num2str(cell(Mm(1.0))), "num2str: argument must be numeric or a string");
     EXPECT_EQ("200", text(num2str(muint8(Mm(200.0)))));
-}
-
-TEST(Num2str, ComplexValuesBlankAZeroImaginaryPart) {
+    // A zero imaginary part is blanked.
     EXPECT_EQ("1      2 +3i", text(num2str(complex_row({1, 2}, {0, 3}))));
     EXPECT_EQ("1 - 2i", text(num2str(complex_row({1}, {-2}))));  // the width counts the sign
 }
 
-TEST(Num2str, SparseListsPositionsAndValues) {
-    EXPECT_EQ("All zeros sparse", text(num2str(spzeros(Mm(3.0), Mm(3.0)))));
+TEST(Num2str, SparseListsAndInt2str) {
     EXPECT_EQ((std::vector<std::string>{"( 2)   3", "( 4)   4"}),
               lines(num2str(sparse(matrix(1, 4, {0, 3, 0, 4})))));
     Mm m = sparse(matrix(3, 3, {0, 0, 0, 0, 0, 0, 0, 7, 0}));
     EXPECT_EQ((std::vector<std::string>{"(2,3)   7"}), lines(num2str(m)));
-}
-
-TEST(Num2str, Int2strRounds) {
-    EXPECT_EQ("3", text(int2str(Mm(2.5))));
     EXPECT_EQ("-3   1", text(int2str(matrix(1, 2, {-2.5, 1.2}))));
 }
 
 TEST(Mat2str, RowsAreLinesOfACharacterMatrix) {
     EXPECT_EQ((std::vector<std::string>{"[ 1 2;", " 3 4] "}), lines(mat2str(matrix(2, 2, {1, 3, 2, 4}))));
-    EXPECT_EQ(" 5", text(mat2str(Mm(5.0))));
     EXPECT_EQ("[]", text(mat2str(Mm())));
     EXPECT_EQ(" 0.333", text(mat2str(Mm(1.0 / 3), Mm(3.0))));
     EXPECT_EQ(" 0.333333333333333", text(mat2str(Mm(1.0 / 3))));
@@ -106,7 +96,7 @@ TEST(FixNonfiniteText, PlatformSpellingsBecomeTheLibrarys) {
     t = "1.#QNAN";
     fix_nonfinite_text(NAN, t);
     EXPECT_EQ("    NaN", t);
-    t = "-nan nan";
+    t = "-nan nan";  // every occurrence
     fix_nonfinite_text(NAN, t);
     EXPECT_EQ(" NaN NaN", t);
     t = "inf";
@@ -122,7 +112,6 @@ TEST(PreviewText, ScalarsShortStringsAndSizes) {
     EXPECT_EQ("0.3333", preview_text(Mm(1.0 / 3)));
     EXPECT_EQ("hello", preview_text(TM("hello")));
     EXPECT_EQ("1x17 char", preview_text(TM("seventeen letters")));
-    EXPECT_EQ("1x2 double", preview_text(matrix(1, 2, {1, 2})));
     EXPECT_EQ("1x1 double", preview_text(complex_row({1}, {1})));
     EXPECT_EQ("1x1 cell", preview_text(cell(Mm(1.0))));
 }

@@ -35,20 +35,15 @@ Mm pair_cell(const Mm& a, const Mm& b) {
 
 }  // namespace
 
-TEST(Deblank, TrailingBlanksAndZeros) {
-    Mm d = deblank(chars("ab  "));
-    EXPECT_EQ(text(d), "ab");
-    EXPECT_TRUE(d.isstr());
-    EXPECT_EQ(d.rows(), 1);
-    EXPECT_EQ(text(deblank(chars("ab\t"))), "ab\t");                 // only code 32 is a blank
+TEST(DeblankUpper, TrailingBlanksZerosAndLetters) {
+    EXPECT_EQ(text(deblank(chars("ab\t  "))), "ab\t");               // only code 32 is a blank
     EXPECT_EQ(text(deblank(chars(std::string("a\0b ", 4)))), "ab");  // zeros go wherever they are
     Mm all = deblank(chars("   "));
     EXPECT_EQ(all.size(), 0);
     EXPECT_TRUE(all.isstr());
     // A number keeps its kind.
     Mm n(0, 0, 0, 1, 2, ak_double);
-    n.addr()[0] = 7;
-    n.addr()[1] = 32;
+    n.addr()[0] = 7, n.addr()[1] = 32;
     Mm dn = deblank(n);
     EXPECT_FALSE(dn.isstr());
     EXPECT_EQ(dn.size(), 1);
@@ -61,26 +56,21 @@ TEST(Deblank, TrailingBlanksAndZeros) {
     EXPECT_EQ(text(c.mr(2)), "y");
 
     // A character matrix loses only the columns blank in every row.
-    Mm m = str2mat(chars("ab  "), chars("a   "), chars("abc "));
-    Mm dm = deblank(m);
-    EXPECT_EQ(rows(dm), (std::vector<std::string>{"ab ", "a  ", "abc"}));
+    EXPECT_EQ(rows(deblank(str2mat(chars("ab  "), chars("a   "), chars("abc ")))),
+              (std::vector<std::string>{"ab ", "a  ", "abc"}));
 
     EXPECT_ERROR(deblank(mstruct(pair_cell(chars("a"), Mm(1.0)))),
                  "deblank: numeric data expected, but matrix (temporary) is not");
-}
 
-TEST(Upper, LettersOnly) {
+    // upper changes letters only.
     Mm u = upper(chars("aBz1{"));
     EXPECT_EQ(text(u), "ABZ1{");
     EXPECT_TRUE(u.isstr());
     Mm s = chars("abc");
     upper(s);
-    EXPECT_EQ(text(s), "abc");  // the argument is not written
-    Mm n(97.0);
-    EXPECT_EQ(*upper(n).addr(), 97.0);  // numbers are not text
-    Mm c = upper(pair_cell(chars("q"), chars("Rs")));
-    EXPECT_EQ(text(c.mr(1)), "Q");
-    EXPECT_EQ(text(c.mr(2)), "RS");
+    EXPECT_EQ(text(s), "abc");                 // the argument is not written
+    EXPECT_EQ(*upper(Mm(97.0)).addr(), 97.0);  // numbers are not text
+    EXPECT_EQ(text(upper(pair_cell(chars("q"), chars("Rs"))).mr(2)), "RS");
 }
 
 TEST(Str2matStrvcat, PaddingEmptiesCellsAndNumbers) {
@@ -92,8 +82,7 @@ TEST(Str2matStrvcat, PaddingEmptiesCellsAndNumbers) {
 
     // A cell gives one row per element; a character matrix gives its rows; numbers their codes.
     Mm n(0, 0, 0, 1, 2, ak_double);
-    n.addr()[0] = 'h';
-    n.addr()[1] = 'i';
+    n.addr()[0] = 'h', n.addr()[1] = 'i';
     Mm c = str2mat(pair_cell(chars("xy"), Mm()), m, n);
     EXPECT_EQ(rows(c), (std::vector<std::string>{"xy ", "   ", "a  ", "bcd", "   ", "hi "}));
     EXPECT_EQ(rows(strvcat(pair_cell(chars("xy"), Mm()), n)), (std::vector<std::string>{"xy", "hi"}));
