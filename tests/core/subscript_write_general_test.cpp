@@ -23,10 +23,6 @@ Mm field(const Mm& s, int k, const char* name) {
 }  // namespace
 
 TEST(SubscriptWriteGeneral, ThreeDimensionalWrites) {
-    Mm m = mat(2, 2, {1, 2, 3, 4});
-    m(1.0, 1.0, 2.0) = 5.0;
-    EXPECT_EQ(D({3, 2, 2, 2, 1}), dims(m));
-    EXPECT_EQ(V({1, 2, 3, 4, 5, 0, 0, 0}), values(m));
     // Growth of a 3-D array keeps every element at its subscripts.
     Mm c = counting(3, {2, 2, 2});
     c(3.0, 1.0, 1.0) = 9.0;
@@ -42,8 +38,6 @@ TEST(SubscriptWriteGeneral, ThreeDimensionalWrites) {
     t(2.0, 4.0) = 0.0;
     EXPECT_EQ(D({3, 2, 2, 2, 1}), dims(t));
     EXPECT_EQ(V({1, 2, 3, 4, 5, 6, 7, 0}), values(t));
-    t(c_p) = 1.0;
-    EXPECT_EQ(V({1, 1, 1, 1, 1, 1, 1, 1}), values(t));
     // A trailing index of 1 adds no dimension.
     Mm p = mat(2, 2, {1, 2, 3, 4});
     p(2.0, 2.0, 1.0) = 7.0;
@@ -76,24 +70,15 @@ TEST(SubscriptWriteGeneral, ThreeDimensionalDeletion) {
     a(c_p, c_p, 2.0) = Mm();
     EXPECT_EQ(D({3, 2, 2, 2, 1}), dims(a));
     EXPECT_EQ(V({1, 2, 3, 4, 9, 10, 11, 12}), values(a));
-    Mm b = x;
-    b(c_p, c_p, row({1, 2, 3})) = Mm();
-    EXPECT_EQ(0, b.size());
-    Mm c = x;
-    c(c_p, 1.0, c_p) = Mm();
-    EXPECT_EQ(D({3, 2, 1, 3, 1}), dims(c));
-    EXPECT_EQ(V({3, 4, 7, 8, 11, 12}), values(c));
     // A last index over the trailing dimensions deletes from them flattened.
     Mm d = x;
     d(c_p, row({2, 5})) = Mm();
     EXPECT_EQ(D({2, 2, 4, 1, 1}), dims(d));
     EXPECT_EQ(V({1, 2, 5, 6, 7, 8, 11, 12}), values(d));
-    // One index on an array deletes elements and leaves a row.
+    // One index on an array deletes elements and leaves a row; all colons empty it.
     Mm e = x;
     e(row({1, 12})) = Mm();
     EXPECT_EQ(D({2, 1, 10, 1, 1}), dims(e));
-    EXPECT_EQ(2.0, values(e)[0]);
-    // All colons empty the array.
     Mm f = x;
     f(c_p, c_p, c_p) = Mm();
     EXPECT_EQ(D({2, 0, 0, 0, 0}), dims(f));
@@ -102,44 +87,34 @@ TEST(SubscriptWriteGeneral, ThreeDimensionalDeletion) {
 
 TEST(SubscriptWriteGeneral, SparseWrites) {
     Mm s = sparse(mat(3, 3, {1, 0, 0, 0, 2, 0, 0, 0, 3}));
-    // Overwriting a stored element happens in place.
-    void* block = s.pr;
+    Mm other = s;
     s(2.0, 2.0) = 7.0;
+    EXPECT_EQ(V({1, 2, 3}), values(other));
+    // Overwriting a stored element of an unshared matrix happens in place.
+    void* block = s.pr;
+    s(2.0, 2.0) = 8.0;
     EXPECT_EQ(block, s.pr);
-    EXPECT_EQ(V({1, 7, 3}), values(s));
-    // A new element is merged into the list in position order.
+    // A new element is merged into the list in position order; one overwritten with 0 leaves it.
     s(1.0, 3.0) = 4.0;
-    EXPECT_EQ(1, s.issparse());
-    EXPECT_EQ(std::vector<int>({0, 4, 6, 8}), positions(s));
-    EXPECT_EQ(V({1, 7, 4, 3}), values(s));
-    // An element overwritten with 0 leaves the list.
     s(2.0, 2.0) = 0.0;
-    EXPECT_EQ(std::vector<int>({0, 6, 8}), positions(s));
+    EXPECT_EQ(1, s.issparse());
+    EXPECT_EQ(D({0, 6, 8}), positions(s));
+    EXPECT_EQ(V({1, 4, 3}), values(s));
     // Growth recomputes the old positions for the new row count.
     s(4.0, 1.0) = 5.0;
     EXPECT_EQ(D({2, 4, 3, 1, 1}), dims(s));
-    EXPECT_EQ(std::vector<int>({0, 3, 8, 10}), positions(s));
-    EXPECT_EQ(V({1, 5, 4, 3}), values(s));
+    EXPECT_EQ(D({0, 3, 8, 10}), positions(s));
     // Several elements at once, and writes of zeros that were never stored.
     s(c_p, 2.0) = Mm(col({0, 6, 0, 8}));
-    EXPECT_EQ(std::vector<int>({0, 3, 5, 7, 8, 10}), positions(s));
+    EXPECT_EQ(D({0, 3, 5, 7, 8, 10}), positions(s));
     EXPECT_EQ(V({1, 5, 6, 8, 4, 3}), values(s));
     // A single index past the end of a sparse vector grows it.
     Mm v = sparse(row({1, 0, 2}));
     v(5.0) = 3.0;
     EXPECT_EQ(D({2, 1, 5, 1, 1}), dims(v));
-    EXPECT_EQ(std::vector<int>({0, 2, 4}), positions(v));
-}
-
-TEST(SubscriptWriteGeneral, SparseSharingSourcesAndDeletion) {
-    Mm s = sparse(mat(2, 2, {1, 0, 0, 2}));
-    Mm other = s;
-    s(1.0, 1.0) = 9.0;
-    EXPECT_EQ(V({9, 2}), values(s));
-    EXPECT_EQ(V({1, 2}), values(other));
+    EXPECT_EQ(D({0, 2, 4}), positions(v));
     // A sparse source written into a dense target is made full first.
     Mm d = row({5, 5, 5, 5});
-    d(c_p) = 7.0;
     d(row({1, 2, 3, 4})) = sparse(row({0, 1, 0, 2}));
     EXPECT_EQ(0, d.issparse());
     EXPECT_EQ(V({0, 1, 0, 2}), values(d));
@@ -148,7 +123,7 @@ TEST(SubscriptWriteGeneral, SparseSharingSourcesAndDeletion) {
     t(c_p, 2.0) = Mm();
     EXPECT_EQ(1, t.issparse());
     EXPECT_EQ(D({2, 2, 2, 1, 1}), dims(t));
-    EXPECT_EQ(std::vector<int>({0, 2}), positions(t));
+    EXPECT_EQ(D({0, 2}), positions(t));
     EXPECT_EQ(V({1, 3}), values(t));
     t(c_p) = Mm();
     EXPECT_EQ(0, t.size());
@@ -175,7 +150,6 @@ TEST(SubscriptWriteGeneral, CellContentWrites) {
     // The other holder of a shared cell array keeps its element.
     Mm e = d;
     d.br(1.0) = 9.0;
-    EXPECT_EQ(V({9}), values(at(d, 1)));
     EXPECT_EQ(V({1}), values(at(e, 1)));
     // Only an empty value or one without a value becomes a cell array.
     Mm x = named(row({1, 2}), "x");
@@ -195,28 +169,23 @@ TEST(SubscriptWriteGeneral, MemberWrites) {
     EXPECT_EQ(1, x.size());
     x.member("b") = TM("hi");
     EXPECT_EQ(2, x.getnfields());
-    EXPECT_EQ(V({1}), values(field(x, 1, "a")));
-    EXPECT_EQ(2, field(x, 1, "b").size());
-    x.member("a") = 3.0;
-    EXPECT_EQ(V({3}), values(field(x, 1, "a")));
     // A shared structure is copied; the other holder keeps its value.
     Mm y = x;
     x.member("a") = 4.0;
     EXPECT_EQ(V({4}), values(field(x, 1, "a")));
-    EXPECT_EQ(V({3}), values(field(y, 1, "a")));
+    EXPECT_EQ(V({1}), values(field(y, 1, "a")));
     // s.a = s stores the old s.
     Mm s;
     s.member("v") = 1.0;
     s.member("self") = s;
     EXPECT_EQ(1, field(s, 1, "self").getnfields());
     EXPECT_EQ(V({1}), values(field(field(s, 1, "self"), 1, "v")));
-    // On a structure array the member write goes to the first element.
+    // On a 1x3 structure array the member write goes to the first element.
     Mm arr = structure({"f"}, {cell_of({Mm(1.0)}), cell_of({Mm(2.0)}), cell_of({Mm(3.0)})});
     arr.member("f") = 9.0;
     EXPECT_EQ(V({9}), values(field(arr, 1, "f")));
     EXPECT_EQ(V({2}), values(field(arr, 2, "f")));
-    Mm all = arr.member("f");
-    EXPECT_EQ(D({2, 1, 3, 1, 1}), dims(all));
+    EXPECT_EQ(3, arr.size());
 }
 
 TEST(SubscriptWriteGeneral, StructureArrays) {
@@ -226,13 +195,9 @@ TEST(SubscriptWriteGeneral, StructureArrays) {
     Mm keep = s;
     s(5.0).member("a") = 1.0;
     EXPECT_EQ(D({2, 1, 5, 1, 1}), dims(s));
-    for (int k = 4; k <= 5; ++k) {
-        EXPECT_EQ(ak_mm, at(s, k).gettype());
-        EXPECT_EQ(D({2, 1, 2, 1, 1}), dims(at(s, k)));
-    }
+    EXPECT_EQ(D({2, 1, 2, 1, 1}), dims(at(s, 4)));
     EXPECT_EQ(V({1}), values(field(s, 5, "a")));
     EXPECT_EQ(0, field(s, 5, "b").size());
-    EXPECT_EQ(0, field(s, 4, "a").size());
     EXPECT_EQ(V({5}), values(field(s, 3, "a")));
     EXPECT_EQ(3, keep.size());
     // An element taken from a structure of the same fields; an empty target takes y's fields.
@@ -242,33 +207,26 @@ TEST(SubscriptWriteGeneral, StructureArrays) {
     Mm fresh;
     fresh(2.0) = t;
     ASSERT_TRUE(fresh.isstruct());
-    EXPECT_EQ(2, fresh.size());
     EXPECT_EQ(V({7}), values(field(fresh, 2, "a")));
     EXPECT_EQ(D({2, 1, 2, 1, 1}), dims(at(fresh, 1)));
     // y with one trailing field more widens x; the old elements get [] in the new slot.
     Mm w = structure({"a", "b", "c"}, {cell_of({Mm(1.0), Mm(2.0), Mm(3.0)})});
     s(1.0) = w;
     EXPECT_EQ(3, s.getnfields());
-    EXPECT_EQ(V({3}), values(field(s, 1, "c")));
     EXPECT_EQ(0, field(s, 3, "c").size());
     EXPECT_EQ(3, at(s, 3).size());
     // Any other difference of members, or a value that is not a structure, is refused.
     Mm other = structure({"b", "a", "c"}, {cell_of({Mm(1.0), Mm(2.0), Mm(3.0)})});
     EXPECT_ERROR(s(1.0) = other,
                  "In the assignment x(...)=y, x and y (structures) must have identical members");
-    EXPECT_ERROR(s(1.0) = t, "In the assignment x(...)=y, x and y (structures) must have identical members");
     EXPECT_ERROR(s(1.0) = 5.0,
-                 "In the assignment x(...)=y, x was a structure array but y was not a structure");
-    EXPECT_ERROR(s(1.0) = cell_of({Mm(1.0)}),
                  "In the assignment x(...)=y, x was a structure array but y was not a structure");
     EXPECT_EQ(5, s.size());
 }
 
 TEST(SubscriptWriteGeneral, ChainsWriteBackToTheVariable) {
     Mm s;
-    Mm v = row({4, 5});
-    s.member("a")(2.0).member("b").br(3.0) = v;
-    ASSERT_TRUE(s.isstruct());
+    s.member("a")(2.0).member("b").br(3.0) = row({4, 5});
     Mm a = field(s, 1, "a");
     ASSERT_TRUE(a.isstruct());
     EXPECT_EQ(D({2, 1, 2, 1, 1}), dims(a));
@@ -282,13 +240,9 @@ TEST(SubscriptWriteGeneral, ChainsWriteBackToTheVariable) {
     s.member("a")(2.0).member("b").br(1.0) = 1.0;
     EXPECT_EQ(V({1}), values(at(field(field(s, 1, "a"), 2, "b"), 1)));
     EXPECT_EQ(0, at(field(field(keep, 1, "a"), 2, "b"), 1).size());
-    // Element of a cell, then a subscript of it.
     Mm c = cell_of({row({1, 2}), Mm(3.0)});
     c.br(1.0)(4.0) = 9.0;
     EXPECT_EQ(V({1, 2, 0, 9}), values(at(c, 1)));
-    Mm n;
-    n.member("m").member("k") = 2.0;
-    EXPECT_EQ(V({2}), values(field(field(n, 1, "m"), 1, "k")));
 }
 
 namespace {

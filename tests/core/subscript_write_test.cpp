@@ -18,12 +18,6 @@ Mm bytes(std::initializer_list<double> values) {
     return b;
 }
 
-std::vector<int> byte_values(const Mm& m) {
-    std::vector<int> v;
-    for (int k = 0; k < m.nnz; ++k) v.push_back(static_cast<const unsigned char*>(m.pr)[k]);
-    return v;
-}
-
 }  // namespace
 
 TEST(SubscriptWrite, GrowthShapesOfOneIndex) {
@@ -31,28 +25,21 @@ TEST(SubscriptWrite, GrowthShapesOfOneIndex) {
     e(5.0) = 1.0;
     EXPECT_EQ(D({2, 1, 5, 1, 1}), dims(e));
     EXPECT_EQ(V({0, 0, 0, 0, 1}), values(e));
-
     // A matrix written past its end by one index becomes a column, its elements kept in order.
     Mm m = mat(2, 2, {1, 2, 3, 4});
     m(7.0) = 9.0;
     EXPECT_EQ(D({2, 7, 1, 1, 1}), dims(m));
     EXPECT_EQ(V({1, 2, 3, 4, 0, 0, 9}), values(m));
-
-    // A vector keeps its orientation; a scalar becomes a row.
     Mm c = col({1, 2});
     c(4.0) = 4.0;
     EXPECT_EQ(D({2, 4, 1, 1, 1}), dims(c));
-    Mm r = row({1, 2});
-    r(3.0) = 3.0;
-    EXPECT_EQ(D({2, 1, 3, 1, 1}), dims(r));
-
     // Sizes round to nearest while positions truncate: x(2.7) grows to 3 and writes element 2.
     Mm s(5.0);
     s(2.7) = 7.0;
     EXPECT_EQ(D({2, 1, 3, 1, 1}), dims(s));
     EXPECT_EQ(V({5, 7, 0}), values(s));
     Mm h = row({1, 2});
-    h(0.5) = 8.0;  // rounds to 1, position 0
+    h(0.5) = 8.0;
     EXPECT_EQ(V({8, 2}), values(h));
 }
 
@@ -62,13 +49,11 @@ TEST(SubscriptWrite, GrowthUsesTheSpareCapacityBeforeReallocating) {
     void* block = x.pr;
     x(11.0) = 1.0;
     EXPECT_EQ(block, x.pr);
-    EXPECT_EQ(11, x.nnz);
     EXPECT_EQ(V({1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 1}), values(x));
     // One more element takes a new block with again just 8 spare elements.
     x(12.0) = 2.0;
     EXPECT_NE(block, x.pr);
     EXPECT_EQ(20, x.getp());
-    EXPECT_EQ(12, x.size());
     // Growing a complex matrix in place zeroes both halves.
     Mm z(1, 0, 0, 1, 1, ak_double);
     z.addr()[0] = 1;
@@ -80,71 +65,50 @@ TEST(SubscriptWrite, GrowthUsesTheSpareCapacityBeforeReallocating) {
 
 TEST(SubscriptWrite, OneIndexMessages) {
     Mm x = named(row({1, 2, 3}), "x");
-    EXPECT_ERROR(x(0.0) = 1.0, "x(=0): index is non-positive");
     EXPECT_ERROR(x(0.4) = 1.0, "x(=0): index is non-positive");
-    Mm k = named(row({2, -1}), "k");
-    EXPECT_ERROR(x(k) = 1.0, "x(k): index is non-positive");
+    EXPECT_ERROR(x(named(row({2, -1}), "k")) = 1.0, "x(k): index is non-positive");
     EXPECT_EQ(V({1, 2, 3}), values(x));
-
-    Mm y = named(row({1, 2}), "y");
-    Mm three = named(row({1, 2, 3}), "i");
-    EXPECT_ERROR(x(three) = y, "x(i)=y: size(y) different than size(i)");
     // The size check comes after growth: the target stays grown with the new elements zero.
     Mm far = named(row({4, 5}), "f");
     EXPECT_ERROR(x(far) = Mm(row({7, 8, 9})), "x(f)=(temporary): size((temporary)) different than size(f)");
     EXPECT_EQ(V({1, 2, 3, 0, 0}), values(x));
-
     Mm mask = named(logical(row({1, 0, 1})), "m");
     EXPECT_ERROR(x(mask) = Mm(row({1, 2, 3})),
                  "x(m)=(temporary): a logical assignment ; source size != number of non zeros in index");
-    EXPECT_ERROR(x(c_p) = y, "x(:)=y: size(y) different than size(x)");
-
+    EXPECT_ERROR(x(c_p) = named(row({1, 2}), "y"), "x(:)=y: size(y) different than size(x)");
     // A size that no storage can hold.
     Mm big = row({1});
     EXPECT_ERROR(big(1e10) = 1.0, "Out of memory!");
     EXPECT_EQ(V({1}), values(big));
-
     Mm unset(i_o, "v", 0);
     EXPECT_ERROR(x(1.0) = unset, "variable 'v' was used without a value");
 }
 
-TEST(SubscriptWrite, LogicalAndEmptyIndices) {
+TEST(SubscriptWrite, LogicalEmptyAndColonIndices) {
     Mm x = row({1, 2, 3, 4});
-    x(logical(row({1, 0, 1, 0}))) = 0.0;
-    EXPECT_EQ(V({0, 2, 0, 4}), values(x));
     x(logical(row({0, 1, 0, 1}))) = Mm(row({7, 8}));
-    EXPECT_EQ(V({0, 7, 0, 8}), values(x));
+    EXPECT_EQ(V({1, 7, 3, 8}), values(x));
     // A mask longer than the target grows it to the mask's length, even past its last true.
     x(logical(row({0, 0, 0, 0, 1, 0}))) = 5.0;
-    EXPECT_EQ(V({0, 7, 0, 8, 5, 0}), values(x));
+    EXPECT_EQ(V({1, 7, 3, 8, 5, 0}), values(x));
     // x([]) = y changes nothing, whatever y is.
     Mm before = x;
     x(Mm()) = Mm(row({1, 2, 3}));
-    x(Mm()) = Mm();
     EXPECT_EQ(before.pr, x.pr);
-    EXPECT_EQ(V({0, 7, 0, 8, 5, 0}), values(x));
-}
-
-TEST(SubscriptWrite, ColonWrites) {
-    Mm x = named(mat(2, 2, {1, 2, 3, 4}), "x");
-    x(c_p) = 6.0;
-    EXPECT_EQ(D({2, 2, 2, 1, 1}), dims(x));
-    EXPECT_EQ(V({6, 6, 6, 6}), values(x));
-    // Same size: the elements are taken, the target keeps its shape.
-    x(c_p) = Mm(row({1, 2, 3, 4}));
-    EXPECT_EQ(D({2, 2, 2, 1, 1}), dims(x));
-    EXPECT_EQ(V({1, 2, 3, 4}), values(x));
-    // A real source drops the imaginary half.
+    // x(:) = y keeps the target's shape; a real source drops the imaginary half.
+    Mm m = mat(2, 2, {1, 2, 3, 4});
+    m(c_p) = Mm(row({5, 6, 7, 8}));
+    EXPECT_EQ(D({2, 2, 2, 1, 1}), dims(m));
+    EXPECT_EQ(V({5, 6, 7, 8}), values(m));
     Mm z(1, 0, 0, 1, 2, ak_double);
     z(c_p) = 3.0;
     EXPECT_EQ(nullptr, z.pi);
     EXPECT_EQ(V({3, 3}), values(z));
-    // x(:) = [] empties the target and keeps its element type.
+    // x(:) = [] empties the target and keeps its element type; an empty target stays empty.
     Mm b = bytes({1, 2, 3});
     b(c_p) = Mm();
     EXPECT_EQ(0, b.size());
     EXPECT_EQ(ak_uchar, b.gettype());
-    // An empty target stays empty.
     Mm e;
     e(c_p) = Mm(row({1, 2}));
     EXPECT_EQ(0, e.size());
@@ -172,7 +136,6 @@ TEST(SubscriptWrite, DeletionShapes) {
     w(3.0) = Mm();
     EXPECT_EQ(block, w.pr);
     EXPECT_EQ(V({1, 2, 4, 5}), values(w));
-    // Cells delete their elements the same way.
     Mm cells = cell_of({Mm(1.0), Mm(2.0), Mm(3.0)});
     cells(2.0) = Mm();
     ASSERT_EQ(2, cells.size());
@@ -183,10 +146,9 @@ TEST(SubscriptWrite, SharedTargetsAreCopiedBeforeTheWrite) {
     Mm x = row({1, 2, 3});
     Mm other = x;
     x(2.0) = 9.0;
-    EXPECT_EQ(V({1, 9, 3}), values(x));
     EXPECT_EQ(V({1, 2, 3}), values(other));
     EXPECT_EQ(0, other.dirty());
-
+    // Through two indices, a colon and a deletion.
     Mm m = mat(2, 2, {1, 2, 3, 4});
     Mm keep = m;
     m(1.0, 2.0) = 0.0;
@@ -196,7 +158,6 @@ TEST(SubscriptWrite, SharedTargetsAreCopiedBeforeTheWrite) {
     EXPECT_EQ(V({1, 2, 3, 4}), values(keep));
     EXPECT_EQ(V({5, 5, 5, 5}), values(keep2));
     EXPECT_EQ(V({5, 5, 5}), values(m));
-
     Mm c = cell_of({Mm(1.0), Mm(2.0)});
     Mm c2 = c;
     c(2.0) = Mm(cell_of({Mm(7.0)}));
@@ -213,13 +174,8 @@ TEST(SubscriptWrite, TheRightSideIsReadBeforeTheWrite) {
     k(k) = Mm(row({10, 20}));
     EXPECT_EQ(V({20, 10}), values(k));
     Mm s = row({3, 4});
-    s(c_p) = s;
-    EXPECT_EQ(V({3, 4}), values(s));
     s(row({3, 4})) = s;
     EXPECT_EQ(V({3, 4, 3, 4}), values(s));
-    Mm t(2.0);
-    t(t) = t;
-    EXPECT_EQ(V({2, 2}), values(t));
 }
 
 TEST(SubscriptWrite, TypeConversionAndFlags) {
@@ -229,20 +185,18 @@ TEST(SubscriptWrite, TypeConversionAndFlags) {
     EXPECT_EQ(V({1, 2, 97}), values(x));
     EXPECT_EQ(0, x.isstr());
     Mm s = TM("ab");
-    s(4.0) = TM("d");
+    s(1.0) = 100.0;
     EXPECT_EQ(1, s.isstr());
-    EXPECT_EQ(V({97, 98, 0, 100}), values(s));
-
     // Doubles written into bytes truncate to the low byte; bytes into doubles widen.
     Mm b = bytes({1, 2});
-    b(3.0) = 97.9;
+    b(2.0) = 97.9;
     b(1.0) = 300.0;
     EXPECT_EQ(ak_uchar, b.gettype());
-    EXPECT_EQ(std::vector<int>({44, 2, 97}), byte_values(b));
+    EXPECT_EQ(44, static_cast<unsigned char*>(b.pr)[0]);
+    EXPECT_EQ(97, static_cast<unsigned char*>(b.pr)[1]);
     Mm d = row({0.5, 0.5});
     d(2.0) = bytes({200});
     EXPECT_EQ(V({0.5, 200}), values(d));
-
     // Anything written into a cell array is wrapped; a cell written into numbers is refused.
     Mm c = cell_of({Mm(1.0)});
     c(2.0) = 5.0;
@@ -258,29 +212,22 @@ TEST(SubscriptWrite, TypeConversionAndFlags) {
     Mm u(i_o, "u", 0);
     u(2.0) = cell_of({Mm(3.0)});
     EXPECT_EQ(ak_mm, u.gettype());
-    EXPECT_EQ(2, u.size());
-
     // A global variable stays global and keeps its name.
     Mm g(i_o, "g", 1);
     g = row({1, 2});
     g(4.0) = 1.0;
     EXPECT_EQ(1, g.isglobal());
     EXPECT_STREQ("g", g.getname());
-}
-
-TEST(SubscriptWrite, ComplexValues) {
-    Mm x = row({1, 2, 3});
+    // A complex value makes the target complex; a real one then stores a zero imaginary part.
     Mm z(1, 0, 0, 1, 1, ak_double);
     z.addr()[0] = 4;
     z.addi()[0] = 5;
-    x(2.0) = z;
-    EXPECT_EQ(V({1, 4, 3}), values(x));
-    EXPECT_EQ(V({0, 5, 0}), imag_values(x));
-    x(2.0) = 6.0;  // a real value in a complex target has a zero imaginary part
-    EXPECT_EQ(V({0, 0, 0}), imag_values(x));
-    Mm m = mat(2, 2, {1, 2, 3, 4});
-    m(2.0, 2.0) = z;
-    EXPECT_EQ(V({0, 0, 0, 5}), imag_values(m));
+    Mm r = row({1, 2, 3});
+    r(2.0) = z;
+    EXPECT_EQ(V({1, 4, 3}), values(r));
+    EXPECT_EQ(V({0, 5, 0}), imag_values(r));
+    r(2.0) = 6.0;
+    EXPECT_EQ(V({0, 0, 0}), imag_values(r));
 }
 
 TEST(SubscriptWrite, TwoIndexGrowthAndColons) {
@@ -288,18 +235,12 @@ TEST(SubscriptWrite, TwoIndexGrowthAndColons) {
     e(2.0, 3.0) = 1.0;
     EXPECT_EQ(D({2, 2, 3, 1, 1}), dims(e));
     EXPECT_EQ(V({0, 0, 0, 0, 0, 1}), values(e));
-
     Mm m = mat(2, 2, {1, 2, 3, 4});
     m(3.0, 1.0) = 5.0;
-    EXPECT_EQ(D({2, 3, 2, 1, 1}), dims(m));
     EXPECT_EQ(V({1, 2, 5, 3, 4, 0}), values(m));
-    m(1.0, 3.0) = 6.0;
-    EXPECT_EQ(V({1, 2, 5, 3, 4, 0, 6, 0, 0}), values(m));
-
     // A colon covers the target for a scalar, and takes y's extent otherwise.
     Mm a = mat(2, 2, {1, 2, 3, 4});
     a(2.0, c_p) = 0.0;
-    EXPECT_EQ(V({1, 0, 3, 0}), values(a));
     a(c_p, 3.0) = Mm(col({7, 8}));
     EXPECT_EQ(D({2, 2, 3, 1, 1}), dims(a));
     EXPECT_EQ(V({1, 0, 3, 0, 7, 8}), values(a));
@@ -307,7 +248,6 @@ TEST(SubscriptWrite, TwoIndexGrowthAndColons) {
     z(c_p, 2.0) = Mm(col({1, 2, 3}));
     EXPECT_EQ(D({2, 3, 2, 1, 1}), dims(z));
     EXPECT_EQ(V({0, 0, 0, 1, 2, 3}), values(z));
-
     // Index lists write in the order given, rows inner; logical indices select their trues.
     Mm p = mat(2, 3, {0, 0, 0, 0, 0, 0});
     p(row({2, 1}), row({3, 1})) = Mm(row({1, 2, 3, 4}));
@@ -345,11 +285,9 @@ TEST(SubscriptWrite, TwoIndexDeletion) {
     c(1.0, 2.0) = Mm();
     EXPECT_EQ(D({2, 1, 4, 1, 1}), dims(c));
     EXPECT_EQ(V({2, 3, 8, 9}), values(c));
-    // Out-of-range positions are ignored; deleting nothing changes nothing.
+    // Out-of-range positions are ignored.
     Mm d = m;
     d(c_p, row({3, 7})) = Mm();
     EXPECT_EQ(V({1, 2, 3, 4, 5, 6}), values(d));
-    d(c_p, 9.0) = Mm();
-    EXPECT_EQ(D({2, 3, 2, 1, 1}), dims(d));
     EXPECT_EQ(V({1, 2, 3, 4, 5, 6, 7, 8, 9}), values(m));
 }
