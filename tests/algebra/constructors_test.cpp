@@ -6,15 +6,11 @@
 
 #include "arklib.h"
 #include "test_support.h"
+#include "tests/core/engine_test_support.h"
+
+using namespace engine_test;
 
 namespace {
-
-Mm row(std::initializer_list<double> v) {
-    Mm m(0, 0, 0, 1, static_cast<int>(v.size()), ak_double);
-    int k = 0;
-    for (double x : v) m.addr()[k++] = x;
-    return m;
-}
 
 std::vector<int> shape(const Mm& m) { return std::vector<int>(m.dims, m.dims + m.ndims); }
 
@@ -75,9 +71,7 @@ TEST(SizeArguments, OneArgumentAndSeveral) {
     // Sizes round to nearest; negative and NaN are 0; a byte and a sparse scalar read as numbers.
     EXPECT_EQ(zeros(Mm(2.5)).rows(), 3);
     EXPECT_EQ(zeros(Mm(-3.0)).size() + zeros(Mm(NAN)).size(), 0);
-    Mm byte(0, 0, 0, 1, 1, ak_uchar);
-    *static_cast<unsigned char*>(byte.pr) = 4;
-    EXPECT_EQ(shape(ones(byte)), (std::vector<int>{4, 4}));
+    EXPECT_EQ(shape(ones(bytes({4}))), (std::vector<int>{4, 4}));
     EXPECT_EQ(shape(ones(sparse(Mm(2.0)))), (std::vector<int>{2, 2}));
 
     EXPECT_EQ(shape(zeros(Mm(2.0), Mm(3.0), Mm(1.0), Mm(5.0))), (std::vector<int>{2, 3, 1, 5}));

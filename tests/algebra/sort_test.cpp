@@ -41,7 +41,7 @@ const double inf = INFINITY;
 
 }  // namespace
 
-TEST(SortValues, NaNAndInfPlacement) {
+TEST(SortValues, NaNPlacementShapesAndKinds) {
     EXPECT_VALUES(sort(row({3, NAN, 1})), {1, 3, NAN});
     EXPECT_VALUES(sort(col({NAN, -inf, 0, inf, NAN, -2})), {-inf, -2, 0, inf, NAN, NAN});
 
@@ -53,13 +53,10 @@ TEST(SortValues, NaNAndInfPlacement) {
     sort(col({NAN, inf, 1}), i_o, y, i);
     EXPECT_VALUES(y, {1, inf, NAN});
     EXPECT_VALUES(i, {3, 1, 2});
-}
 
-TEST(SortValues, ColumnsShapesAndKinds) {
     // Each column by itself; a row vector along its length, staying a row for values and index.
     Mm m = shaped({3, 2}, {3, 1, 2, 9, 7, 8});
     EXPECT_VALUES(sort(m), {1, 2, 3, 7, 8, 9});
-    Mm y, i;
     sort(row({4, 1, 3}), i_o, y, i);
     EXPECT_EQ(shape(y), shape(i));
     EXPECT_EQ(shape(i), (std::vector<int>{1, 3}));
@@ -187,7 +184,7 @@ TEST(SortDimension, AlongEachDimension) {
     EXPECT_ERROR(sort(x, Mm(-1.0)), "sort: dim argument must be positive");
 }
 
-TEST(SortRows, KeyColumns) {
+TEST(SortRows, KeyColumnsAndCellsOfStrings) {
     Mm x = shaped({4, 2}, {3, 1, 3, 1, 1, 2, 0, 1});  // rows (3,1) (1,2) (3,0) (1,1)
     Mm y, i;
     sortrows(x, i_o, y, i);
@@ -217,19 +214,15 @@ TEST(SortRows, KeyColumns) {
                  "columns.");
     sortrows(Mm(), i_o, y, i);
     EXPECT_EQ(y.size() + i.size(), 0);
-}
 
-TEST(SortStrings, CellOfStrings) {
-    Mm a = TM("pear"), b = TM("apple"), c = TM("fig");
-    const Mm* list[3] = {&a, &b, &c};
-    Mm y, i;
+    // A cell of strings sorts as text; a cell that is not all strings does not sort.
+    Mm a = TM("pear"), b = TM("apple"), f = TM("fig");
+    const Mm* list[3] = {&a, &b, &f};
     sort(cell_from_array(3, list), i_o, y, i);
     ASSERT_EQ(y.gettype(), ak_mm);
     ASSERT_EQ(y.nnz, 3);
     EXPECT_EQ(text(y.mr(1)) + text(y.mr(2)) + text(y.mr(3)), "applefigpear");
     EXPECT_VALUES(i, {2, 3, 1});
-
-    // A cell that is not all strings does not sort.
     Mm one(1.0);
     const Mm* mixed[2] = {&a, &one};
     EXPECT_ERROR(sort(cell_from_array(2, mixed)),
