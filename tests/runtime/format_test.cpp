@@ -6,6 +6,9 @@
 
 #include "arklib.h"
 #include "test_support.h"
+#include "tests/core/engine_test_support.h"
+
+using namespace engine_test;
 
 namespace {
 
@@ -13,13 +16,6 @@ std::string text(const Mm& m) {
     std::string s;
     for (int k = 0; k < m.size(); ++k) s += static_cast<char>(m.addr()[k]);
     return s;
-}
-
-Mm row(std::initializer_list<double> v) {
-    Mm m(0, 0, 0, 1, static_cast<int>(v.size()), ak_double);
-    int k = 0;
-    for (double x : v) m.addr()[k++] = x;
-    return m;
 }
 
 // sprintf(format, a, b, ...) as a translated call passes it: the arguments in one cell list.
@@ -51,7 +47,7 @@ TEST(Sprintf, NumericConversionsTruncateAndSpellNonFinite) {
     EXPECT_EQ("0 3 ", fmt("%d ", sparse(row({0, 3}))));
 }
 
-TEST(Sprintf, RecyclingAndLiteralPieces) {
+TEST(Sprintf, RecyclingLiteralPiecesAndText) {
     EXPECT_EQ("1\n2\n", fmt("%d\\n", row({1, 2})));
     // The format carries on across the arguments of one call.
     EXPECT_EQ("1-2;3", fmt("%d-%d;", Mm(1.0), row({2, 3})));
@@ -61,9 +57,8 @@ TEST(Sprintf, RecyclingAndLiteralPieces) {
     EXPECT_EQ("a\\b\tc", fmt("a\\\\b\\tc", Mm()));
     // "%%" does not escape: the second "%" starts a conversion that consumes the 5.
     EXPECT_EQ("%ld", fmt("%%d", Mm(5.0)));
-}
 
-TEST(Sprintf, TextConversions) {
+    // Text conversions.
     EXPECT_EQ("A", fmt("%s", Mm(65.7)));
     // %s takes the rest of the data, and the writer stops right after it.
     EXPECT_EQ("   ab", fmt("%5s|", TM("ab")));
@@ -94,7 +89,7 @@ TEST(Sprintf, FormsWithoutDataAndUnusualFormats) {
                  "sprintf: only numbers and strings can be printed");
 }
 
-TEST(Sscanf, ShapesOfTheResult) {
+TEST(Sscanf, ShapesCountsAndFailures) {
     Mm a = sscanf(TM("1 2 3"), TM("%d"));
     EXPECT_EQ(3, a.rows());
     EXPECT_EQ(1, a.cols());
@@ -113,9 +108,8 @@ TEST(Sscanf, ShapesOfTheResult) {
     Mm open = sscanf(TM("1 2 3 4 5"), TM("%d"), row({2, INFINITY}));
     EXPECT_EQ(3, open.cols());
     EXPECT_EQ((std::vector<double>{1, 2, 3, 4, 5, 0}), values(open));
-}
 
-TEST(Sscanf, CountsAndFailures) {
+    // Counts and failures.
     Mm count, msg, next;
     Mm none = sscanf(TM("x"), TM("%d"), i_o, count, msg, next);
     EXPECT_EQ(0, none.size());

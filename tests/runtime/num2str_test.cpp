@@ -5,6 +5,9 @@
 
 #include "arklib.h"
 #include "test_support.h"
+#include "tests/core/engine_test_support.h"
+
+using namespace engine_test;
 
 namespace {
 
@@ -22,37 +25,21 @@ std::string text(const Mm& m) {
     return l.empty() ? std::string() : l[0];
 }
 
-Mm matrix(int rows, int cols, std::initializer_list<double> v) {
-    Mm m(0, 0, 0, rows, cols, ak_double);
-    int k = 0;
-    for (double x : v) m.addr()[k++] = x;
-    return m;
-}
-
-Mm complex_row(std::initializer_list<double> re, std::initializer_list<double> im) {
-    Mm m(1, 0, 0, 1, static_cast<int>(re.size()), ak_double);
-    int k = 0;
-    for (double x : re) m.addr()[k++] = x;
-    k = 0;
-    for (double x : im) m.addi()[k++] = x;
-    return m;
-}
-
 }  // namespace
 
 TEST(Num2str, WidthsAndPrecision) {
     EXPECT_EQ("3.142", text(num2str(pi)));
     EXPECT_EQ("  3.1415927", text(num2str(pi, Mm(8.0))));  // the full form strips nothing
-    EXPECT_EQ((std::vector<std::string>{"1  2", "3  4"}), lines(num2str(matrix(2, 2, {1, 3, 2, 4}))));
-    EXPECT_EQ("-Inf   Inf", text(num2str(matrix(1, 2, {-INFINITY, INFINITY}))));
+    EXPECT_EQ((std::vector<std::string>{"1  2", "3  4"}), lines(num2str(mat(2, 2, {1, 2, 3, 4}))));
+    EXPECT_EQ("-Inf   Inf", text(num2str(row({-INFINITY, INFINITY}))));
 
     Mm s, w;
-    num2str(matrix(1, 3, {1, 10, 100}), i_o, s, w);
+    num2str(row({1, 10, 100}), i_o, s, w);
     EXPECT_EQ("    1   10  100", text(s));
     EXPECT_EQ(15.0, *w.addr());
     // A width on entry cuts each cell to its last characters.
     Mm fixed = Mm(2.0);
-    num2str(matrix(1, 2, {100, 2}), Mm(4.0), i_o, s, fixed);
+    num2str(row({100, 2}), Mm(4.0), i_o, s, fixed);
     EXPECT_EQ("00 2", text(s));
     EXPECT_EQ(4.0, *fixed.addr());
 }
@@ -68,24 +55,23 @@ TEST(Num2str, StringsEmptiesAndValuesWithoutType) {
     EXPECT_ERROR(num2str(cell(Mm(1.0))), "num2str: argument must be numeric or a string");
     EXPECT_EQ("200", text(num2str(muint8(Mm(200.0)))));
     // A zero imaginary part is blanked.
-    EXPECT_EQ("1      2 +3i", text(num2str(complex_row({1, 2}, {0, 3}))));
-    EXPECT_EQ("1 - 2i", text(num2str(complex_row({1}, {-2}))));  // the width counts the sign
+    EXPECT_EQ("1      2 +3i", text(num2str(crow({1, 2}, {0, 3}))));
+    EXPECT_EQ("1 - 2i", text(num2str(crow({1}, {-2}))));  // the width counts the sign
 }
 
 TEST(Num2str, SparseListsAndInt2str) {
-    EXPECT_EQ((std::vector<std::string>{"( 2)   3", "( 4)   4"}),
-              lines(num2str(sparse(matrix(1, 4, {0, 3, 0, 4})))));
-    Mm m = sparse(matrix(3, 3, {0, 0, 0, 0, 0, 0, 0, 7, 0}));
+    EXPECT_EQ((std::vector<std::string>{"( 2)   3", "( 4)   4"}), lines(num2str(sparse(row({0, 3, 0, 4})))));
+    Mm m = sparse(mat(3, 3, {0, 0, 0, 0, 0, 7, 0, 0, 0}));
     EXPECT_EQ((std::vector<std::string>{"(2,3)   7"}), lines(num2str(m)));
-    EXPECT_EQ("-3   1", text(int2str(matrix(1, 2, {-2.5, 1.2}))));
+    EXPECT_EQ("-3   1", text(int2str(row({-2.5, 1.2}))));
 }
 
 TEST(Mat2str, RowsAreLinesOfACharacterMatrix) {
-    EXPECT_EQ((std::vector<std::string>{"[ 1 2;", " 3 4] "}), lines(mat2str(matrix(2, 2, {1, 3, 2, 4}))));
+    EXPECT_EQ((std::vector<std::string>{"[ 1 2;", " 3 4] "}), lines(mat2str(mat(2, 2, {1, 2, 3, 4}))));
     EXPECT_EQ("[]", text(mat2str(Mm())));
     EXPECT_EQ(" 0.333", text(mat2str(Mm(1.0 / 3), Mm(3.0))));
     EXPECT_EQ(" 0.333333333333333", text(mat2str(Mm(1.0 / 3))));
-    EXPECT_EQ(" 1 + 2i", text(mat2str(complex_row({1}, {2}))));
+    EXPECT_EQ(" 1 + 2i", text(mat2str(crow({1}, {2}))));
     EXPECT_EQ("[ 104 105]", text(mat2str(TM("hi"))));
 }
 
@@ -112,6 +98,6 @@ TEST(PreviewText, ScalarsShortStringsAndSizes) {
     EXPECT_EQ("0.3333", preview_text(Mm(1.0 / 3)));
     EXPECT_EQ("hello", preview_text(TM("hello")));
     EXPECT_EQ("1x17 char", preview_text(TM("seventeen letters")));
-    EXPECT_EQ("1x1 double", preview_text(complex_row({1}, {1})));
+    EXPECT_EQ("1x1 double", preview_text(crow({1}, {1})));
     EXPECT_EQ("1x1 cell", preview_text(cell(Mm(1.0))));
 }
