@@ -46,12 +46,6 @@ TEST(ErrorChannel, SettersStoreReturnPreviousAndRestoreDefaultOnNull) {
     EXPECT_EQ(silent, ak_set_error_handler(nullptr));
     EXPECT_EQ(original, ak_error_handler);
     EXPECT_EQ(1, ak_was_handler_set());
-
-    ak_int_handler_t clc = ak_clc_handler;
-    ak_set_clc_handler([]() { return 7; });
-    EXPECT_EQ(7, ak_clc_handler());
-    ak_set_clc_handler(nullptr);
-    EXPECT_EQ(clc, ak_clc_handler);
 }
 
 TEST(ErrorChannel, FlagWordsAndThePendingReport) {
