@@ -195,32 +195,39 @@ double sf_gammainc(double x, double a) {
 
 namespace {
 
-// E1 by its power series: -gamma - log x - sum (-x)^k / (k k!), for 0 < x <= 1.
-double expint_series(double x) {
-    double term = 1.0, sum = 0.0;
-    for (int k = 1; k < 200; ++k) {
-        term *= -x / k;
-        double add = term / k;
+using cplx = std::complex<double>;
+
+// The sum of E1's power series, sum (-z)^k / (k k!), for a real or complex z.
+template <class T>
+T expint_series_sum(T z, int limit) {
+    T term = 1.0, sum = 0.0;
+    for (int k = 1; k < limit; ++k) {
+        term *= -z / static_cast<double>(k);
+        T add = term / static_cast<double>(k);
         sum += add;
-        if (std::fabs(add) < 1e-17 * std::fabs(sum)) break;
+        if (std::abs(add) < 1e-17 * std::abs(sum)) break;
     }
-    return -k_euler - std::log(x) - sum;
+    return sum;
 }
 
-// E1 by its continued fraction, for x > 1.
-double expint_cf(double x) {
-    double b = x + 1, c = 1 / k_tiny, d = 1 / b, h = d;
-    for (int i = 1; i < 10000; ++i) {
+// E1 by its continued fraction, for a real or complex z away from 0.
+template <class T>
+T expint_cf(T z, int limit) {
+    T b = z + 1.0, c = 1 / k_tiny, d = 1.0 / b, h = d;
+    for (int i = 1; i < limit; ++i) {
         double an = -static_cast<double>(i) * i;
-        b += 2;
-        d = 1 / (an * d + b);
+        b += 2.0;
+        d = 1.0 / (an * d + b);
         c = b + an / c;
-        double del = c * d;
+        T del = c * d;
         h *= del;
-        if (std::fabs(del - 1) < 1e-16) break;
+        if (std::abs(del - 1.0) < 1e-16) break;
     }
-    return h * std::exp(-x);
+    return h * std::exp(-z);
 }
+
+// E1 by its power series, -gamma - log x - the sum, for 0 < x <= 1.
+double expint_series(double x) { return -k_euler - std::log(x) - expint_series_sum(x, 200); }
 
 // Ei(t) for t > 0: series gamma + log t + sum t^k / (k k!) up to 40, asymptotic e^t/t sum k!/t^k
 // beyond.
@@ -246,34 +253,12 @@ double expint_ei(double t) {
     return k_euler + std::log(t) + sum;
 }
 
-using cplx = std::complex<double>;
-
 cplx expint_series_c(cplx z) {
-    cplx term = 1.0, sum = 0.0;
-    for (int k = 1; k < 2000; ++k) {
-        term *= -z / static_cast<double>(k);
-        cplx add = term / static_cast<double>(k);
-        sum += add;
-        if (std::abs(add) < 1e-17 * std::abs(sum)) break;
-    }
+    cplx sum = expint_series_sum(z, 2000);
     // principal logarithm with the cut taken from above, as for real negative arguments
     double lr = std::log(std::abs(z));
     double li = std::atan2(z.imag(), z.real());
     return -k_euler - cplx(lr, li) - sum;
-}
-
-cplx expint_cf_c(cplx z) {
-    cplx b = z + 1.0, c = 1 / k_tiny, d = 1.0 / b, h = d;
-    for (int i = 1; i < 20000; ++i) {
-        double an = -static_cast<double>(i) * i;
-        b += 2.0;
-        d = 1.0 / (an * d + b);
-        c = b + an / c;
-        cplx del = c * d;
-        h *= del;
-        if (std::abs(del - 1.0) < 1e-16) break;
-    }
-    return h * std::exp(-z);
 }
 
 }  // namespace
@@ -282,7 +267,7 @@ double sf_expint(double x) {
     if (std::isnan(x) || x < 0) return NAN;
     if (x == 0) return INFINITY;
     if (std::isinf(x)) return 0.0;
-    return x <= 1 ? expint_series(x) : expint_cf(x);
+    return x <= 1 ? expint_series(x) : expint_cf(x, 10000);
 }
 
 void sf_expint_c(double x, double y, double& rr, double& ri) {
@@ -302,7 +287,7 @@ void sf_expint_c(double x, double y, double& rr, double& ri) {
     if (m <= 2 || (x < 0 && y * y < 4 * -x && m < 500))
         e = expint_series_c(z);
     else
-        e = expint_cf_c(z);
+        e = expint_cf(z, 20000);
     rr = e.real();
     ri = e.imag();
 }

@@ -1,11 +1,42 @@
 // Helpers shared by the writer and the reader of the format engine.
 #pragma once
+#include <cctype>
 #include <string>
 
 #include "arklib/format.h"
 #include "arklib/matrix.h"
 
 namespace ak_internal {
+
+// What a conversion converts, by its character as written: the classes that the writer, the reader
+// and the making of safe pieces treat alike. Literal text is the kind '='.
+enum class conversion_class { literal, character, integer, real, count, pointer, text, unknown };
+inline conversion_class class_of(int kind) {
+    switch (std::toupper(kind)) {
+        case '=':
+            return conversion_class::literal;
+        case 'C':
+            return conversion_class::character;
+        case 'D':
+        case 'I':
+        case 'O':
+        case 'U':
+        case 'X':
+            return conversion_class::integer;
+        case 'E':
+        case 'F':
+        case 'G':
+            return conversion_class::real;
+        case 'N':
+            return conversion_class::count;
+        case 'P':
+            return conversion_class::pointer;
+        case 'S':
+            return conversion_class::text;
+        default:
+            return conversion_class::unknown;
+    }
+}
 
 // The piece as the platform formatter (for_write) or scanner may safely see it: every directive
 // but a final one of the piece's own kind is escaped to literal text, the final directive gets the

@@ -10,6 +10,9 @@
 #include "core/matrix_internal.h"
 #include "runtime/format_internal.h"
 
+using ak_internal::class_of;
+using ak_internal::conversion_class;
+
 namespace {
 
 const char* const flag_chars = "*#0123456789+-.";
@@ -120,12 +123,12 @@ directive read_directive(const std::string& s, size_t i, bool for_write) {
 
 // The conversion the platform should see for a piece of this kind, or 0 when conv does not fit.
 char fitting_conversion(int kind, char conv, bool for_write) {
-    int k = std::toupper(kind);
-    if (std::strchr("DIOUX", k) && k) {
+    conversion_class c = class_of(kind);
+    if (c == conversion_class::integer) {
         if (conv && std::strchr("DIOU", conv)) return static_cast<char>(std::tolower(conv));
         return (conv && std::strchr("diouxX", conv)) ? conv : 0;
     }
-    if (k == 'E' || k == 'F' || k == 'G') return (conv && std::strchr("eEfFgG", conv)) ? conv : 0;
+    if (c == conversion_class::real) return (conv && std::strchr("eEfFgG", conv)) ? conv : 0;
     if (kind == 'c' || kind == 'p') return conv == kind ? conv : 0;
     if (kind == 's') return (conv == 's' || (!for_write && conv == '[')) ? conv : 0;
     return 0;
@@ -186,8 +189,8 @@ std::string safe_piece(const char* piece, int kind, bool for_write, int max_widt
             }
             out += w;
         }
-        int k = std::toupper(kind);
-        if (std::strchr("DIOUX", k) || (!for_write && (k == 'E' || k == 'F' || k == 'G'))) out += 'l';
+        conversion_class c = class_of(kind);
+        if (c == conversion_class::integer || (!for_write && c == conversion_class::real)) out += 'l';
         out += conv == '[' ? s.substr(d.conv_pos, d.end - d.conv_pos) : std::string(1, conv);
     }
     return out;

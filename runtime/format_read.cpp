@@ -14,11 +14,14 @@
 #include "arklib/format.h"
 #include "runtime/format_internal.h"
 
+using ak_internal::class_of;
+using ak_internal::conversion_class;
+
 namespace {
 
 // Growing result of the reader; grows by 4000 elements at a time.
 class values {
-public:
+  public:
     values() : data_(static_cast<double*>(std::malloc(4000 * sizeof(double)))), capacity_(4000) {
         if (!data_) error("Out of memory!");
     }
@@ -51,7 +54,7 @@ public:
         return d;
     }
 
-private:
+  private:
     double* data_;
     int capacity_;
     int count_ = 0;
@@ -116,33 +119,26 @@ double* format_read(format_pieces& r, std::FILE* stream, const char* text, int l
         double real = 0;
         void* pointer = nullptr;
         buffer[0] = '\0';
-        switch (k) {
-            case '=':
+        const conversion_class what = class_of(kind);
+        switch (what) {
+            case conversion_class::literal:
+            case conversion_class::integer:
                 result = scan(in, pos, safe, &integer);
                 break;
-            case 'C':
+            case conversion_class::character:
                 result = scan(in, pos, safe, buffer.data());
                 if (buffer[0] == '\0') result = 0;
                 break;
-            case 'D':
-            case 'I':
-            case 'O':
-            case 'U':
-            case 'X':
-                result = scan(in, pos, safe, &integer);
-                break;
-            case 'E':
-            case 'F':
-            case 'G':
+            case conversion_class::real:
                 result = scan(in, pos, safe, &real);
                 break;
-            case 'N':
+            case conversion_class::count:
                 result = 0;
                 break;
-            case 'P':
+            case conversion_class::pointer:
                 result = scan(in, pos, safe, &pointer);
                 break;
-            case 'S':
+            case conversion_class::text:
                 result = scan(in, pos, safe, buffer.data());
                 break;
             default:
@@ -157,26 +153,20 @@ double* format_read(format_pieces& r, std::FILE* stream, const char* text, int l
             pos = past_token(pos);
         }
         if (!skip) {
-            switch (k) {
-                case 'C':
+            switch (what) {
+                case conversion_class::character:
                     out.append(static_cast<unsigned char>(buffer[0]));
                     break;
-                case 'D':
-                case 'I':
-                case 'O':
-                case 'U':
-                case 'X':
+                case conversion_class::integer:
                     out.append(static_cast<double>(integer));
                     break;
-                case 'E':
-                case 'F':
-                case 'G':
+                case conversion_class::real:
                     out.append(real);
                     break;
-                case 'N':
+                case conversion_class::count:
                     out.append(matched);
                     break;
-                case 'S':
+                case conversion_class::text:
                     for (const char* c = buffer.data(); *c; ++c) out.append(static_cast<unsigned char>(*c));
                     break;
                 default:

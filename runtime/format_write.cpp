@@ -50,7 +50,8 @@ std::string hex_bytes(double v, int modifier) {
 }
 
 std::string integer_text(const std::string& piece, int modifier, double v) {
-    if (modifier == 'b' || modifier == 'B' || modifier == 't' || modifier == 'T') return hex_bytes(v, modifier);
+    if (modifier == 'b' || modifier == 'B' || modifier == 't' || modifier == 'T')
+        return hex_bytes(v, modifier);
     if (std::isinf(v)) return v > 0 ? "Inf" : "-Inf";
     if (std::isnan(v)) return "NaN";
     return run(piece, ak_internal::saturate_long(std::trunc(v)));
@@ -82,33 +83,27 @@ std::string format_write(format_pieces& r, double* data, int count) {
         const std::string& piece = safe[c];
         r.after_literal = k == '=';
         std::string text;
-        switch (k) {
-            case '=':
+        switch (ak_internal::class_of(kind)) {
+            case ak_internal::conversion_class::literal:
                 text = run(piece, 0);
                 break;
-            case 'C':
+            case ak_internal::conversion_class::character:
                 text = run(piece, static_cast<int>(static_cast<char>(ak_internal::to_byte(*data))));
                 break;
-            case 'D':
-            case 'I':
-            case 'O':
-            case 'U':
-            case 'X':
+            case ak_internal::conversion_class::integer:
                 text = integer_text(piece, r.modifier[c], *data);
                 break;
-            case 'E':
-            case 'F':
-            case 'G':
+            case ak_internal::conversion_class::real:
                 text = run(piece, *data);
                 fix_nonfinite_text(*data, text);
                 break;
-            case 'N':
+            case ak_internal::conversion_class::count:
                 *data = 0.0;
                 break;
-            case 'P':
+            case ak_internal::conversion_class::pointer:
                 text = run(piece, static_cast<void*>(data));
                 break;
-            case 'S': {
+            case ak_internal::conversion_class::text: {
                 std::string s = remaining_text(data, count);
                 text = run(piece, s.c_str());
                 count = 0;
