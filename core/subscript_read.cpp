@@ -163,17 +163,12 @@ Mm resolve(const Mr& r, int report) {
     return result;
 }
 
-// The common x(k): a real or complex dense double matrix with one plain scalar index inside it.
-// The element goes straight into a fresh 1x1 head; every other read returns false untouched.
-inline bool scalar_read(const Mr& r, Mm& m) {
+// x(k) of a complex matrix (the real one is read inline): the element goes straight into a fresh 1x1
+// head; every other read returns false untouched.
+bool complex_scalar_read(const Mr& r, Mm& m) {
+    int pos;
+    if (!r.scalar_position(pos)) return false;
     const Mm& b = *r.base;
-    const Mm& ix = *r.idx[0];
-    // A full index of one element is 1x1 whatever its ndims.
-    if (ix.nnz != 1 || ix.flags.sparse || ix.flags.logical || b.flags.type != ak_double || b.flags.sparse ||
-        b.classid || b.ndims != 2)
-        return false;
-    const int pos = index_position(*static_cast<const double*>(ix.pr));
-    if (pos < 0 || pos >= b.dims[0] * b.dims[1]) return false;
     const double* bi = static_cast<const double*>(b.pi);
     const bool complex = bi && !(bi[pos] == 0.0);  // a zero imaginary part gives a real result
     m.ndims = 2;
@@ -202,7 +197,7 @@ __attribute__((noinline)) void general_read(Mm& m, const Mr& r, int report) {
 
 void Mm::read_reference(const Mr& r, int report) {
     r.hold_numbers();
-    if (r.n == 1 && r.type == Mr_paren && !r.chained && scalar_read(r, *this)) return;
+    if (complex_scalar_read(r, *this)) return;
     general_read(*this, r, report);
 }
 

@@ -183,17 +183,24 @@ class Mr {
         v = *static_cast<const double*>(i.pr);
         return true;
     }
-    // The value of the common read x(k), of a real dense double x at a plain scalar index inside it,
-    // with no user class. False for every other read. A position is the index less 1, truncated.
-    AK_SCALAR_PATH bool scalar_value(double& v) const {
+    // The position of the common read x(k): a dense double x with no user class, one plain scalar
+    // index inside it. False for every other read. A position is the index less 1, truncated.
+    AK_SCALAR_PATH bool scalar_position(int& pos) const {
         if (n != 1 || type != Mr_paren || chained) return false;
         const Mm& b = *base;
         double k;
-        if (((b.flags.type ^ ak_double) | b.flags.sparse | b.classid) != 0 || b.pi || !scalar_index(0, k))
+        if (((b.flags.type ^ ak_double) | b.flags.sparse | b.classid) != 0 || !scalar_index(0, k))
             return false;
         const double t = k - 1.0;
         if (!(t > -1.0 && t < b.nnz)) return false;
-        v = static_cast<const double*>(b.pr)[static_cast<int>(t)];
+        pos = static_cast<int>(t);
+        return true;
+    }
+    // The value of x(k) when x is also real.
+    AK_SCALAR_PATH bool scalar_value(double& v) const {
+        int pos;
+        if (!scalar_position(pos) || base->pi) return false;
+        v = static_cast<const double*>(base->pr)[pos];
         return true;
     }
     // Makes matrices of the indices held as numbers, for the general paths, which read idx only.
