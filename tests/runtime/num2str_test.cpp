@@ -76,18 +76,14 @@ TEST(Mat2str, RowsAreLinesOfACharacterMatrix) {
 }
 
 TEST(FixNonfiniteText, PlatformSpellingsBecomeTheLibrarys) {
-    std::string t = "   -inf";
-    fix_nonfinite_text(-INFINITY, t);
-    EXPECT_EQ("   -Inf", t);
-    t = "1.#QNAN";
-    fix_nonfinite_text(NAN, t);
-    EXPECT_EQ("    NaN", t);
-    t = "-nan nan";  // every occurrence
-    fix_nonfinite_text(NAN, t);
-    EXPECT_EQ(" NaN NaN", t);
-    t = "inf";
-    fix_nonfinite_text(1.0, t);  // a finite value leaves the text alone
-    EXPECT_EQ("inf", t);
+    auto fixed = [](double v, std::string t) {
+        fix_nonfinite_text(v, t);
+        return t;
+    };
+    EXPECT_EQ("   -Inf", fixed(-INFINITY, "   -inf"));
+    EXPECT_EQ("    NaN", fixed(NAN, "1.#QNAN"));
+    EXPECT_EQ(" NaN NaN", fixed(NAN, "-nan nan"));  // every occurrence
+    EXPECT_EQ("inf", fixed(1.0, "inf"));            // a finite value leaves the text alone
     // A replacement longer than its search text is cut to the buffer.
     char buffer[13] = "1.#IO00e+000";
     fix_nonfinite_text(INFINITY, buffer, sizeof buffer);
