@@ -39,16 +39,15 @@ void silent(const char*) {}
 
 }  // namespace
 
-TEST(ErrorChannel, SettersStoreReturnPreviousAndRestoreDefaultOnNull) {
+TEST(ErrorChannel, SettersFlagsAndThePendingReport) {
     ak_text_handler_t original = ak_error_handler;
     EXPECT_EQ(original, ak_set_error_handler(silent));
     EXPECT_EQ(silent, ak_error_handler);
     EXPECT_EQ(silent, ak_set_error_handler(nullptr));
     EXPECT_EQ(original, ak_error_handler);
     EXPECT_EQ(1, ak_was_handler_set());
-}
 
-TEST(ErrorChannel, FlagWordsAndThePendingReport) {
+    // Flag words: masked bits set and cleared.
     ak_test::ErrorsThrow guard;
     unsigned error_flags = ak_default_error_flags;
     ak_default_error_flags = 7;

@@ -27,8 +27,6 @@ std::string fmt(const char* format, const A&... args) {
     return text(out);
 }
 
-std::vector<double> values(const Mm& m) { return std::vector<double>(m.addr(), m.addr() + m.size()); }
-
 }  // namespace
 
 TEST(Sprintf, NumericConversionsTruncateAndSpellNonFinite) {
@@ -93,7 +91,7 @@ TEST(Sscanf, ShapesCountsAndFailures) {
     Mm a = sscanf(TM("1 2 3"), TM("%d"));
     EXPECT_EQ(3, a.rows());
     EXPECT_EQ(1, a.cols());
-    EXPECT_EQ((std::vector<double>{1, 2, 3}), values(a));
+    EXPECT_EQ((std::vector<double>{1, 2, 3}), re(a));
 
     Mm s = sscanf(TM("abc"), TM("%s"));
     EXPECT_TRUE(s.isstr());
@@ -101,13 +99,13 @@ TEST(Sscanf, ShapesCountsAndFailures) {
     EXPECT_EQ("abc", text(s));
 
     Mm short_input = sscanf(TM("1 2 3"), TM("%d"), row({2, 2}));
-    EXPECT_EQ((std::vector<double>{1, 2, 3, 0}), values(short_input));
+    EXPECT_EQ((std::vector<double>{1, 2, 3, 0}), re(short_input));
     EXPECT_EQ(2, short_input.rows());
     EXPECT_EQ(2, short_input.cols());
 
     Mm open = sscanf(TM("1 2 3 4 5"), TM("%d"), row({2, INFINITY}));
     EXPECT_EQ(3, open.cols());
-    EXPECT_EQ((std::vector<double>{1, 2, 3, 4, 5, 0}), values(open));
+    EXPECT_EQ((std::vector<double>{1, 2, 3, 4, 5, 0}), re(open));
 
     // Counts and failures.
     Mm count, msg, next;
@@ -119,7 +117,7 @@ TEST(Sscanf, ShapesCountsAndFailures) {
     EXPECT_EQ(0.0, *next.addr());
 
     Mm part = sscanf(TM("1 2 x 4"), TM("%d"), i_o, count);
-    EXPECT_EQ((std::vector<double>{1, 2}), values(part));
+    EXPECT_EQ((std::vector<double>{1, 2}), re(part));
     EXPECT_EQ(2.0, *count.addr());
 
     // Literal text alone matches nothing and must not loop.
@@ -131,10 +129,10 @@ TEST(Sscanf, ShapesCountsAndFailures) {
 
 TEST(Sscanf, PositionMovesByWholeTokens) {
     // The width reads 12, and the position moves past the whole token.
-    EXPECT_EQ((std::vector<double>{12, 56}), values(sscanf(TM("1234 56"), TM("%2d"))));
+    EXPECT_EQ((std::vector<double>{12, 56}), re(sscanf(TM("1234 56"), TM("%2d"))));
     // Skipped conversions keep the recycling going.
-    EXPECT_EQ((std::vector<double>{2, 4}), values(sscanf(TM("1 2 3 4"), TM("%*d %d"))));
-    EXPECT_EQ((std::vector<double>{1.5, 255}), values(sscanf(TM("1.5 ff"), TM("%g %x"))));
+    EXPECT_EQ((std::vector<double>{2, 4}), re(sscanf(TM("1 2 3 4"), TM("%*d %d"))));
+    EXPECT_EQ((std::vector<double>{1.5, 255}), re(sscanf(TM("1.5 ff"), TM("%g %x"))));
     // A character set reads as text; %c moves by one character.
     EXPECT_EQ("abc", text(sscanf(TM("abc123"), TM("%[a-z]"))));
     EXPECT_EQ("a c", text(sscanf(TM("a c"), TM("%c"))));
@@ -157,7 +155,7 @@ TEST(Sscanf, LongTokensAndStreams) {
     std::rewind(f);
     Mm count, msg;
     Mm m = scan_matrix(f, nullptr, TM("%d"), Inf, i_o, count, msg);
-    EXPECT_EQ((std::vector<double>{1, 2, 3}), values(m));
+    EXPECT_EQ((std::vector<double>{1, 2, 3}), re(m));
     EXPECT_EQ(3.0, *count.addr());
     Mm rest = scan_matrix(f, nullptr, TM("%s"), Inf, i_o, count, msg);
     EXPECT_EQ("abc", text(rest));
