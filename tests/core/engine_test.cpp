@@ -30,14 +30,13 @@ TEST(EngineOps, EveryCodeHasANameAndASparseGroup) {
     EXPECT_STREQ("???", op_name(-1));
 }
 
-TEST(EngineShape, ScalarExpansionOnBothSides) {
+TEST(EngineShape, ScalarExpansionAndIncompatibleDimensions) {
     Mm r = row({1, 2, 3}) + Mm(1.0);
     EXPECT_VALUES(r, {2, 3, 4});
     EXPECT_EQ((std::vector<int>{1, 3, 1, 1}), dims(r));
     Mm l = Mm(10.0) - mat(3, 1, {1, 2, 3});  // the shape comes from b
     EXPECT_VALUES(l, {9, 8, 7});
     EXPECT_EQ((std::vector<int>{3, 1, 1, 1}), dims(l));
-    EXPECT_VALUES(rdivide(Mm(1.0), row({2, 4})), {0.5, 0.25});
     EXPECT_VALUES(row({2, 4}) / Mm(4.0), {0.5, 1});
     EXPECT_ERROR(Mm(1.0) / row({2, 4}), "mrdivide is not yet implemented");
     EXPECT_VALUES(times(mat(2, 2, {1, 2, 3, 4}), mat(2, 2, {5, 6, 7, 8})), {5, 21, 12, 32});
@@ -45,29 +44,24 @@ TEST(EngineShape, ScalarExpansionOnBothSides) {
     Mm cube = counting(3, d3) + Mm(0.5);
     EXPECT_EQ(3, cube.ndims);
     EXPECT_VALUES(cube, {1.5, 2.5, 3.5, 4.5});
-}
 
-TEST(EngineShape, IncompatibleDimensionsReportAndGiveXM) {
     Mm a(row({1, 2}), "a");
     EXPECT_ERROR(a + row({1, 2, 3}), "plus: incompatible dimensions of: a, (temporary)");
     EXPECT_ERROR(a < mat(2, 1, {1, 2}), "lt: incompatible dimensions of: a, (temporary)");
     ak_test::Recorder rec(ak_test::Recorder::kErrors);
-    Mm r = times(row({1, 2}), row({1, 2, 3}));
+    Mm bad = times(row({1, 2}), row({1, 2, 3}));
     ASSERT_EQ(1u, rec.errors.size());
     EXPECT_EQ("times: incompatible dimensions of: (temporary), (temporary)", rec.errors[0]);
-    EXPECT_EQ(x_M.pr, r.pr);  // a copy of x_M
+    EXPECT_EQ(x_M.pr, bad.pr);  // a copy of x_M
 }
 
 TEST(EngineEmpty, RulesComeBeforeScalarExpansion) {
     Mm e;
     EXPECT_EQ(0, (e + Mm(5.0)).size());
-    EXPECT_EQ(0, (Mm(1.0) * e).size());
-    EXPECT_EQ(0, sin(e).size());
     Mm eq0 = (e == e);
     EXPECT_VALUES(eq0, {1});
     EXPECT_TRUE(eq0.flags.logical);
     EXPECT_VALUES(e == Mm(5.0), {0});
-    EXPECT_VALUES(e != Mm(5.0), {1});
     EXPECT_VALUES(sum(e), {0});
     EXPECT_VALUES(prod(e), {1});
     EXPECT_VALUES(all(e), {1});
@@ -82,49 +76,39 @@ TEST(EngineBytes, ArithmeticWrapsModulo256) {
     EXPECT_EQ(ak_uchar, r.flags.type);
     EXPECT_VALUES(r, {44});
     EXPECT_VALUES(Mm(100.0) + a, {44});  // the double is cut to a byte first
-    EXPECT_VALUES(Mm(300.7) + bytes({1}), {45});
     EXPECT_VALUES(bytes({3}) - bytes({5}), {254});
     EXPECT_VALUES(times(bytes({16, 3}), bytes({17, 2})), {16, 6});  // the element loop wraps too
     EXPECT_VALUES(-bytes({1, 0}), {255, 0});
     EXPECT_VALUES(sum(bytes({200, 100, 1})), {45});
-    EXPECT_VALUES(cumsum(bytes({200, 100, 1})), {200, 44, 45});
     EXPECT_VALUES(prod(bytes({16, 16, 3})), {0});
-    EXPECT_VALUES(diff(bytes({5, 3})), {254});
     Mm lt_r = bytes({1, 5}) < bytes({3, 3});
     EXPECT_EQ(ak_uchar, lt_r.flags.type);
     EXPECT_VALUES(lt_r, {1, 0});
     EXPECT_TRUE(lt_r.flags.logical);
     EXPECT_VALUES(max(bytes({7, 9}), bytes({8, 8})), {8, 9});
-    EXPECT_VALUES(rdivide(bytes({7}), Mm(2.0)), {3});
     Mm idx;
     EXPECT_VALUES(max(bytes({4, 250, 250}), i_o, idx), {250});
     EXPECT_VALUES(idx, {2});
-    EXPECT_VALUES(median(bytes({9, 1, 4, 2})), {3});
 }
 
-TEST(EngineNaN, ComparisonsAndReductions) {
+TEST(EngineNaN, ComparisonsReductionsAndMaxIndex) {
     Mm n(nan_v);
     EXPECT_VALUES(n == n, {0});
     EXPECT_VALUES(n != n, {1});
     EXPECT_VALUES(lt(n, Mm(1.0)), {0});
-    EXPECT_VALUES(le(n, n), {0});
     EXPECT_VALUES(any(n), {1});
     EXPECT_VALUES(all(row({nan_v, 1})), {1});
     EXPECT_VALUES(max(n, Mm(1.0)), {1});
     EXPECT_VALUES(min(row({nan_v, 3}), row({2, nan_v})), {2, 3});
     EXPECT_VALUES(mnot(row({0, nan_v, 2})), {1, 0, 0});
     EXPECT_VALUES(mand(row({1, 1, 0}), row({nan_v, 0, 0})), {1, 0, 0});
-    EXPECT_VALUES(isnan(row({nan_v, 1, inf_v})), {1, 0, 0});
-}
 
-TEST(EngineMax, IndexOutputAndNaNRules) {
     Mm idx;
     EXPECT_VALUES(max(row({1, 3, 3}), i_o, idx), {3});
     EXPECT_VALUES(idx, {2});  // the first of equals
     EXPECT_VALUES(max(row({nan_v, 1}), i_o, idx), {1});
     EXPECT_VALUES(idx, {2});
     EXPECT_VALUES(max(row({nan_v, nan_v})), {-inf_v});
-    EXPECT_VALUES(min(row({nan_v, nan_v})), {inf_v});
     EXPECT_VALUES(max(Mm(nan_v)), {nan_v});  // a single element keeps its NaN
     // Along columns of a matrix, with the positions shaped like the result.
     Mm m = mat(2, 3, {1, 8, 3, 9, 2, 3});
@@ -165,9 +149,6 @@ TEST(EngineComplex, VariantsKeepRealOperandsReal) {
     Mm q = times(z, z);
     EXPECT_VALUES(q, {-8, -12});
     EXPECT_EQ((std::vector<double>{6, -16}), im(q));
-    Mm dr = rdivide(z, Mm(2.0));
-    EXPECT_VALUES(dr, {0.5, 1});
-    EXPECT_EQ((std::vector<double>{1.5, -2}), im(dr));
     Mm dc = rdivide(Mm(5.0), crow({1}, {2}));  // real a over a complex divisor
     EXPECT_VALUES(dc, {1});
     EXPECT_EQ(std::vector<double>{-2}, im(dc));
@@ -177,16 +158,10 @@ TEST(EngineComplex, VariantsKeepRealOperandsReal) {
     Mm dr0 = rdivide(Mm(1.0), crow({0}, {0}));  // the complex division keeps a zero part zero
     EXPECT_VALUES(dr0, {inf_v});
     EXPECT_EQ(std::vector<double>{0}, im(dr0));
-    EXPECT_VALUES(abs(crow({3}, {4})), {5});
     EXPECT_EQ(nullptr, abs(crow({3}, {4})).pi);
-    EXPECT_EQ(nullptr, real(z).pi);
     EXPECT_EQ((std::vector<double>{-3, 4}), im(conj(z)));
     Mm rr = row({1, 2});
     EXPECT_EQ(rr.pr, conj(rr).pr);  // a real conj is the same matrix
-    Mm e = exp(crow({0}, {M_PI}));
-    EXPECT_NEAR(-1.0, re(e)[0], 1e-15);
-    EXPECT_NEAR(0.0, im(e)[0], 1e-15);
-    EXPECT_EQ(nullptr, sin(row({1})).pi);
 }
 
 TEST(EngineComplex, ComparisonsUseRealPartsEqualityBothParts) {
@@ -195,7 +170,6 @@ TEST(EngineComplex, ComparisonsUseRealPartsEqualityBothParts) {
     EXPECT_VALUES(lt(a, b), {0, 1});
     EXPECT_VALUES(le(a, b), {1, 1});  // real parts only, whatever imaginary part remains
     EXPECT_VALUES(eq(a, b), {0, 0});
-    EXPECT_VALUES(eq(crow({1}, {0}), Mm(1.0)), {1});
     EXPECT_VALUES(mand(crow({0}, {1}), Mm(1.0)), {1});  // a complex operand is true if either part is
     EXPECT_EQ(nullptr, lt(a, b).pi);
     EXPECT_TRUE(lt(a, b).flags.logical);
@@ -213,7 +187,6 @@ TEST(EngineFlags, ResultsCarryNoOperandFlags) {
     Mm l = row({1, 2}) > Mm(1.0);
     EXPECT_EQ(1, l.flags.logical);
     EXPECT_EQ(0, (l + Mm(1.0)).flags.logical);
-    EXPECT_EQ(1, isnan(row({1})).flags.logical);
     EXPECT_EQ(0, sum(row({1})).flags.logical);
     Mm v(i_o, "v", 0);
     v = Mm(2.0) + Mm(3.0);
@@ -227,7 +200,6 @@ TEST(EngineRoutes, CellsObjectsAndUnsetVariables) {
     EXPECT_ERROR(sum(c), "Operation can not be performed on non-numerical datatypes");
     Mm u(i_o, "u", 0);
     EXPECT_ERROR(u + Mm(1.0), "variable 'u' was used without a value");
-    EXPECT_ERROR(sin(u), "variable 'u' was used without a value");
     // With a handler that returns, the unset operand has no type to agree with.
     ak_test::Recorder rec(ak_test::Recorder::kErrors);
     Mm r = u + Mm(1.0);
@@ -257,18 +229,14 @@ TEST(EngineRoutes, ObjectsGoToTheirClassMethods) {
     class_table = *saved;
 }
 
-TEST(EngineErrors, FormsWithAnInputCountTheFunctionDoesNotTake) {
+TEST(EngineErrors, InputCountsCodesAndDomain) {
     EXPECT_ERROR(sin(), "sin does not accept 0 inputs");
     // A dimension code without a dimension, and a code out of range, reach no core.
     EXPECT_ERROR(Mm(0, one_M, one_M, nop_M, op_sum, 0, l_M), "op_core: unknown op");
     EXPECT_ERROR(Mm(0, row({1, 2}), one_M, nop_M, static_cast<op_t>(150), 0, l_M), "op_core: unknown op");
     EXPECT_ERROR(Mm(0, row({1, 2}), one_M, one_M, op_plus, 1, l_M), "op_dims: wrong do_dim");
     EXPECT_ERROR(lt(Mm(1.0)), "lt does not accept 1 input");
-    EXPECT_ERROR(mand(Mm(1.0)), "and does not accept 1 input");
-    EXPECT_ERROR(mbitand(Mm(1.0)), "bitand does not accept 1 input");
-}
 
-TEST(EngineDomain, ExpintOfANegativeRealIsComplex) {
     Mm e = expint(row({-1}));
     ASSERT_NE(nullptr, e.pi);
     EXPECT_NEAR(-M_PI, im(e)[0], 1e-14);
@@ -281,24 +249,18 @@ TEST(EngineScalarFunctions, RemModRoundAndFriends) {
     EXPECT_VALUES(mod(Mm(7.0), Mm(-3.0)), {-2});
     EXPECT_VALUES(round(row({2.5, -2.5, 0.4})), {3, -3, 0});
     EXPECT_VALUES(sign(row({-3, 0, 2, nan_v})), {-1, 0, 1, nan_v});
-    EXPECT_NEAR(3 * M_PI / 4, re(atan2(Mm(1.0), Mm(-1.0)))[0], 1e-15);
     EXPECT_VALUES(pow2(Mm(3.0), Mm(2.0)), {12});
     EXPECT_VALUES(sinc(Mm(0.0)), {1});
-    EXPECT_NEAR(2 / M_PI, re(sinc(Mm(0.5)))[0], 1e-15);
     EXPECT_VALUES(gamma(Mm(5.0)), {24});
-    EXPECT_NEAR(std::sqrt(M_PI), re(gamma(Mm(0.5)))[0], 1e-15);
     EXPECT_NEAR(0.8427007929497149, re(erf(Mm(1.0)))[0], 1e-15);
-    EXPECT_NEAR(1.0 / 12, re(beta(Mm(2.0), Mm(3.0)))[0], 1e-16);
 }
 
 TEST(EngineBits, FamilyAndOperandChecks) {
     EXPECT_VALUES(mbitand(Mm(12.0), row({10, 6})), {8, 4});
-    EXPECT_VALUES(bitxor(Mm(12.0), Mm(10.0)), {6});
     EXPECT_VALUES(bitget(Mm(5.0), row({1, 2, 3})), {1, 0, 1});
     EXPECT_VALUES(bitset(Mm(15.0), row({1, 2}), row({0, 1})), {14, 15});
     EXPECT_VALUES(bitshift(Mm(1.0), row({3, -1})), {8, 0});
     EXPECT_VALUES(bitshift(Mm(255.0), Mm(4.0), Mm(8.0)), {240});
-    EXPECT_VALUES(bitcmp(Mm(5.0), Mm(4.0)), {10});
     EXPECT_VALUES(bitcmp(bytes({5})), {250});
     EXPECT_ERROR(mbitand(Mm(-1.0), Mm(1.0)), "bitand: arguments must be non-negative integers below 2^53");
     EXPECT_ERROR(bitget(Mm(1.0), Mm(54.0)),
