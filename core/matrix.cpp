@@ -9,16 +9,18 @@
 
 int multi_task = 0;
 
-// Sanitizer builds keep no 1x1 blocks, so that every use after free of one is caught.
+// The distance of the kept list that no block matches, and the one kept blocks have. Sanitizer
+// builds keep no 1x1 blocks, so that every use after free of one is caught.
+constexpr long no_keeping = 1;
 #if defined(__SANITIZE_ADDRESS__)
-constexpr long scalar_keeping = 0;
+constexpr long scalar_keeping = no_keeping;
 #else
 constexpr long scalar_keeping = ak_scalar_capacity * 8;
 #endif
 ak_scalar_block_list ak_scalar_blocks = {nullptr, scalar_keeping};
 
 void ak_internal::keep_scalar_blocks(bool on) {
-    ak_scalar_blocks.distance = on ? scalar_keeping : 0;
+    ak_scalar_blocks.distance = on ? scalar_keeping : no_keeping;
     if (!on) release_scalar_blocks();
 }
 
@@ -157,6 +159,38 @@ void Mm::storage_free() {
     refs = nullptr;
 }
 
+// Drops this head's share of its storage; true when it was the last one and the storage is gone.
+bool Mm::release_share() {
+    if (!refs) return false;
+    if (keep_scalar_block()) return true;
+    if (multi_task) {
+        if (__atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) != 0) return false;
+    } else if (--*refs != 0) {
+        return false;
+    }
+    storage_free();
+    return true;
+}
+
+void Mm::end_variable() {
+    // The scope table knows its variables by name: a temporary was never registered.
+    if (ak_scope_tracking) ak_scope_unregister(this);
+    ndims = -1;
+    if (release_share() && flags.scalar_var && nnz == 1 && (ak_default_error_flags & 8))
+        ak_debug_handler('s', name);
+}
+
+void Mm::init_scalar_allocated(double v, const M_types& f) {
+    ndims = 2;
+    dims[0] = dims[1] = dims[2] = dims[3] = 1;
+    nnz = 1;
+    name = nullptr;
+    shadowed = nullptr;
+    flags = f;
+    storage_alloc(0, 0);
+    if (nnz == 1) *static_cast<double*>(pr) = v;  // else out of memory was reported; an empty matrix is left
+}
+
 Mm::Mm() {
     init_head(2, ak_double);
     storage_alloc(0, 0);
@@ -216,7 +250,7 @@ Mm& Mm::operator=(const Mm& src) {
     // src may live inside the storage this head is about to release (an element of its own cell):
     // take a share of its storage and a copy of its head first.
     Mm held(src);
-    drop_ref();
+    release_share();
     M_types kept = flags;
     ndims = held.ndims;
     dims[0] = held.dims[0];

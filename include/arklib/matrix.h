@@ -219,12 +219,18 @@ class Mm {
     void vwcopy0(const Mr& ref);
 
   private:
+    // A 1x1 real double holding v with the flag record f, in the storage of `from`, a real 1x1 that
+    // nothing else holds and that is about to end: it is left a 0x0 matrix without storage.
+    Mm(Mm&& from, double v, const M_types& f);
+    friend Mm ak_scalar_result(Mm&& from, double v, int logical);
+    void scalar_head(double v, const M_types& f);
+    void init_scalar_allocated(double v, const M_types& f);  // when no block is kept
     void read_reference(const Mr& ref, int report);  // every read but the common scalar x(k)
     bool keep_scalar_block();
     bool release_share();
+    void end_variable();
     void init_head(int nd, ak_matrix_types type);
     void set_full_shape(int nd, const int* d, long long limit);
-    void drop_ref();
 };
 
 // ---- reference counting ------------------------------------------------------------------------
@@ -248,8 +254,8 @@ inline void ak_ref_raise(int* refs) {
 struct ak_scalar_block_list {
     void* head;  // first kept block; the first 8 bytes of each hold the next
     // How far the count of a block that is kept lies past its elements: 72 while blocks are kept, and
-    // 0, which no block has, while none are: so while multi_task is set, after shutdown, and in
-    // sanitizer builds.
+    // 1, which no pair of aligned pointers has, while none are: so while multi_task is set, after
+    // shutdown, and in sanitizer builds.
     long distance;
 };
 extern ak_scalar_block_list ak_scalar_blocks;
@@ -325,68 +331,75 @@ inline Mm::Mm(const Mm& s)
     if (refs) ak_ref_raise(refs);
 }
 
-AK_SCALAR_PATH void Mm::init_scalar(double v, const M_types& f) {
+// Every field of a 1x1 real double head but its storage (p, pr and refs), and the value.
+AK_SCALAR_PATH void Mm::scalar_head(double v, const M_types& f) {
     ndims = 2;
     dims[0] = dims[1] = dims[2] = dims[3] = 1;
     nnz = 1;
+    pi = nullptr;
+    index = nullptr;
     name = nullptr;
+    fields = nullptr;
+    nfields = 0;
+    classid = 0;
     shadowed = nullptr;
-    flags = f;
-    if (void* block = ak_scalar_blocks.head) {
-        ak_scalar_blocks.head = *static_cast<void**>(block);
-        p = ak_scalar_capacity;
-        pr = block;
-        pi = nullptr;
-        refs = reinterpret_cast<int*>(static_cast<char*>(block) + ak_scalar_capacity * 8);
-        *refs = 1;
-        index = nullptr;
-        fields = nullptr;
-        nfields = 0;
-        classid = 0;
-    } else {
-        storage_alloc(0, 0);
-        if (nnz == 0) return;  // out of memory was reported; an empty matrix is left
-    }
+    // Field by field: a constant record becomes stores of constants, where a copy of the whole
+    // record would be built on the stack and read back in wider pieces than it was written.
+    flags.str = f.str;
+    flags.sparse = f.sparse;
+    flags.logical = f.logical;
+    flags.scalar_var = f.scalar_var;
+    flags.workspace_var = f.workspace_var;
+    flags.global = f.global;
+    flags.type = f.type;
     *static_cast<double*>(pr) = v;
+}
+
+AK_SCALAR_PATH void Mm::init_scalar(double v, const M_types& f) {
+    void* block = ak_scalar_blocks.head;
+    if (!block) return init_scalar_allocated(v, f);
+    ak_scalar_blocks.head = *static_cast<void**>(block);
+    p = ak_scalar_capacity;
+    pr = block;
+    refs = reinterpret_cast<int*>(static_cast<char*>(block) + ak_scalar_capacity * 8);
+    *refs = 1;
+    scalar_head(v, f);
+}
+
+AK_SCALAR_PATH Mm::Mm(Mm&& from, double v, const M_types& f) : p(from.p), refs(from.refs), pr(from.pr) {
+    from.dims[0] = from.dims[1] = from.dims[2] = from.dims[3] = 0;
+    from.nnz = from.p = 0;
+    from.refs = nullptr;
+    from.pr = nullptr;
+    scalar_head(v, f);
 }
 
 AK_SCALAR_PATH Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); }
 AK_SCALAR_PATH Mm::Mm(double v, const M_types& f) { init_scalar(v, f); }
 
-// Puts storage whose count has just reached 0 on the kept list when it is a 1x1 block: only a block
-// of that size has its count 72 bytes past its first element (a cell's count is a block of its own).
-// A sparse matrix's index is a block of its own too, so its storage is freed instead.
-inline bool Mm::keep_scalar_block() {
+// Puts the storage of this, its last head, on the kept list when it is a 1x1 block: only a block of
+// that size has its count 72 bytes past its first element (a cell's count is a block of its own). A
+// sparse matrix's index is a block of its own too, so its storage is freed instead. The distance
+// matches only while blocks are kept, that is while threads are not in play, so the count is read
+// plainly; and never for a head without storage, whose distance is far from 72.
+AK_SCALAR_PATH bool Mm::keep_scalar_block() {
     ak_scalar_block_list& kept = ak_scalar_blocks;
     const long distance =
         static_cast<long>(reinterpret_cast<std::uintptr_t>(refs) - reinterpret_cast<std::uintptr_t>(pr));
-    if (distance != kept.distance || index) return false;
+    if (distance != kept.distance || index || *refs != 1) return false;
     *static_cast<void**>(pr) = kept.head;
     kept.head = pr;
     refs = nullptr;
     return true;
 }
 
-// Drops this head's share of its storage; true when it was the last one and the storage is gone.
-// Blocks are kept only while threads are not in play.
-inline bool Mm::release_share() {
-    if (!refs) return false;
-    if (multi_task) {
-        if (__atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) != 0) return false;
-        storage_free();
-        return true;
+// The end of a temporary is inline and short when its storage is a kept-size block or nothing;
+// a named variable, shared storage and every other kind of storage end out of line.
+AK_SCALAR_PATH Mm::~Mm() {
+    if (name) {
+        end_variable();
+        return;
     }
-    if (--*refs != 0) return false;
-    if (!keep_scalar_block()) storage_free();
-    return true;
-}
-
-inline void Mm::drop_ref() { release_share(); }
-
-inline Mm::~Mm() {
-    // The scope table knows its variables by name: a temporary was never registered.
-    if (name && ak_scope_tracking) ak_scope_unregister(this);
     ndims = -1;
-    if (!release_share()) return;
-    if (name && flags.scalar_var && nnz == 1 && (ak_default_error_flags & 8)) ak_debug_handler('s', name);
+    if (refs && !keep_scalar_block()) release_share();
 }
