@@ -181,14 +181,13 @@ void Mm::end_variable() {
 }
 
 void Mm::init_scalar_allocated(double v, const M_types& f) {
-    ndims = 2;
-    dims[0] = dims[1] = dims[2] = dims[3] = 1;
+    init_head(2, ak_double);
     nnz = 1;
-    name = nullptr;
-    shadowed = nullptr;
-    flags = f;
     storage_alloc(0, 0);
-    if (nnz == 1) *static_cast<double*>(pr) = v;  // else out of memory was reported; an empty matrix is left
+    if (nnz == 1)
+        scalar_head(v, f);
+    else
+        flags = f;  // out of memory was reported: the head is left an empty matrix
 }
 
 Mm::Mm() {
