@@ -287,22 +287,37 @@ Mm spconvert(const Mm& d0) {
         error("spconvert: matrix '%s' must have 3 or 4 columns", display_name(d0));
         return x_M;
     }
-    // Rows, columns and values as columns of their own; a fourth column is the imaginary half.
-    Mm i(0, 0, 0, rows, 1, ak_double), j(0, 0, 0, rows, 1, ak_double);
-    bool complex = cols == 4 || d.pi;
-    Mm v(complex, 0, 0, rows, 1, ak_double);
+    // Rows, columns and values as columns of their own; a fourth column is the imaginary half. The
+    // size is the largest row and column of all entries. Entries of value 0 add nothing, and are left
+    // out: so the size row of sp2coo, (rows, cols, 0), serves a matrix without rows or columns too.
     const double* re = d.addr();
     const double* im = d.addi();
-    for (int k = 0; k < rows; ++k) {
-        i.addr()[k] = re[k];
-        j.addr()[k] = re[rows + k];
-        double vr = re[2 * rows + k], vi = im ? im[2 * rows + k] : 0.0;
+    auto value = [&](int k, double& vr, double& vi) {
+        vr = re[2 * rows + k];
+        vi = im ? im[2 * rows + k] : 0.0;
         if (cols == 4) {  // v + 1i * w
             vr -= im ? im[3 * rows + k] : 0.0;
             vi += re[3 * rows + k];
         }
-        v.addr()[k] = vr;
-        if (complex) v.addi()[k] = vi;
+        return vr != 0.0 || vi != 0.0;
+    };
+    double m = re[0], n = re[rows], vr, vi;
+    int count = 0;
+    for (int k = 0; k < rows; ++k) {
+        if (re[k] > m) m = re[k];
+        if (re[rows + k] > n) n = re[rows + k];
+        if (value(k, vr, vi)) ++count;
     }
-    return sparse(i, j, v);
+    bool complex = cols == 4 || d.pi;
+    Mm i(0, 0, 0, count, 1, ak_double), j(0, 0, 0, count, 1, ak_double);
+    Mm v(complex, 0, 0, count, 1, ak_double);
+    for (int k = 0, e = 0; k < rows; ++k) {
+        if (!value(k, vr, vi)) continue;
+        i.addr()[e] = re[k];
+        j.addr()[e] = re[rows + k];
+        v.addr()[e] = vr;
+        if (complex) v.addi()[e] = vi;
+        ++e;
+    }
+    return sparse(i, j, v, Mm(m), Mm(n));
 }

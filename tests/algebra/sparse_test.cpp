@@ -182,6 +182,12 @@ TEST(SparseCoordinates, RoundTripRealAndComplex) {
     EXPECT_EQ(1.0, ts.addi()[0]);
 
     EXPECT_TRUE(spconvert(Mm()).flags.sparse);
+    // An empty sparse matrix comes back through its size row alone; entries of other values must
+    // still lie inside.
+    Mm none = spconvert(sp2coo(Mm(0, 1, 0, 0, 3, ak_double)));
+    EXPECT_TRUE(none.flags.sparse);
+    EXPECT_EQ(0, none.size());
+    EXPECT_ERROR(spconvert(row({0, 1, 5})), "sparse: non-positive row index encountered");
     Mm two(mat(2, 2, {1, 1, 2, 2}), "d");
     EXPECT_ERROR(spconvert(two), "spconvert: matrix 'd' must have 3 or 4 columns");
 }
