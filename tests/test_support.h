@@ -12,10 +12,12 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "arklib/error.h"
+#include "arklib.h"
 #include "runtime/error_internal.h"
 
 namespace ak_test {
@@ -101,6 +103,35 @@ class Recorder {
     ak_text_handler_t saved_print_ = nullptr, saved_warning_ = nullptr, saved_message_ = nullptr,
                       saved_log_ = nullptr, saved_error_ = nullptr;
 };
+
+// ---- builders shared by the test programs ---------------------------------------------------------
+// A 1 x n real row of the values given.
+inline Mm row(std::initializer_list<double> values) {
+    Mm m(0, 0, 0, 1, static_cast<int>(values.size()), ak_double);
+    int k = 0;
+    for (double v : values) m.addr()[k++] = v;
+    return m;
+}
+
+// A 1 x n byte row (uint8) of the values given.
+inline Mm bytes(std::initializer_list<int> values) {
+    Mm m(0, 0, 0, 1, static_cast<int>(values.size()), ak_uchar);
+    int k = 0;
+    for (int v : values) static_cast<unsigned char*>(m.pr)[k++] = static_cast<unsigned char>(v);
+    return m;
+}
+
+// A sparse 1 x n row whose stored entries are the (zero-based position, value) pairs given, in the
+// order given.
+inline Mm sparse_entries(int n, std::initializer_list<std::pair<int, double>> entries) {
+    Mm m(0, 1, static_cast<int>(entries.size()), 1, n, ak_double);
+    int k = 0;
+    for (auto& e : entries) {
+        m.index[k] = e.first;
+        m.addr()[k++] = e.second;
+    }
+    return m;
+}
 
 }  // namespace ak_test
 

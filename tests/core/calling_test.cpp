@@ -6,14 +6,11 @@
 #include "arklib.h"
 #include "test_support.h"
 
-namespace {
+using ak_test::bytes;
+using ak_test::row;
+using ak_test::sparse_entries;
 
-Mm row(std::initializer_list<double> values) {
-    Mm m(0, 0, 0, 1, static_cast<int>(values.size()), ak_double);
-    int k = 0;
-    for (double v : values) m.addr()[k++] = v;
-    return m;
-}
+namespace {
 
 // A rows x cols matrix holding 1, 2, 3, ... in column order, with imaginary parts -1, -2, ... when
 // complex.
@@ -31,24 +28,6 @@ Mm complex_scalar(double re, double im) {
     *z.addr() = re;
     *z.addi() = im;
     return z;
-}
-
-Mm bytes(std::initializer_list<unsigned char> values) {
-    Mm m(0, 0, 0, 1, static_cast<int>(values.size()), ak_uchar);
-    int k = 0;
-    for (unsigned char v : values) static_cast<unsigned char*>(m.pr)[k++] = v;
-    return m;
-}
-
-// A sparse 1 x n matrix whose stored entries are the given (position, value) pairs.
-Mm sparse_row(int n, std::initializer_list<std::pair<int, double>> entries) {
-    Mm m(0, 1, static_cast<int>(entries.size()), 1, n, ak_double);
-    int k = 0;
-    for (auto& e : entries) {
-        m.index[k] = e.first;
-        m.addr()[k++] = e.second;
-    }
-    return m;
 }
 
 // A 1 x n structure array with one field "v" holding 1, 2, ..., n.
@@ -119,7 +98,7 @@ TEST(Scalar, TestsInOrderAndNamesTheMatrix) {
     cs.flags.str = 1;
     EXPECT_ERROR(scalar(cs), "scalar: matrix =1 is complex");
     EXPECT_ERROR(scalar(TM("a")), "scalar: matrix =97 is string");
-    EXPECT_ERROR(scalar(sparse_row(1, {{0, 5.0}})), "scalar: matrix (temporary) is sparse");
+    EXPECT_ERROR(scalar(sparse_entries(1, {{0, 5.0}})), "scalar: matrix (temporary) is sparse");
     EXPECT_ERROR(scalar(bytes({3})), "scalar: matrix (temporary) is not double");
     ak_test::Recorder rec(ak_test::Recorder::kErrors);
     EXPECT_EQ(scalar(TM("a")), 0.0);  // a returning handler gets 0
@@ -172,7 +151,7 @@ TEST(ForLoop, ComplexStringSparseAndCellColumns) {
     EXPECT_TRUE(v.isstr());
     EXPECT_EQ(v.r(), 'b');
 
-    Mm sp = sparse_row(4, {{2, 5.0}});
+    Mm sp = sparse_entries(4, {{2, 5.0}});
     forelem(v, sp, 0);
     EXPECT_FALSE(sp.issparse());  // made full once, for the whole loop
     forelem(v, sp, 2);
@@ -201,8 +180,8 @@ TEST(Truth, DoubleMatrixAndObjectForms) {
     EXPECT_FALSE(istrue(complex_scalar(0, 1)));  // only the real half counts
     EXPECT_FALSE(istrue(bytes({1, 0})));
     // A sparse matrix is true when every element is stored, whatever the stored values are.
-    EXPECT_TRUE(istrue(sparse_row(2, {{0, 1.0}, {1, 0.0}})));
-    EXPECT_FALSE(istrue(sparse_row(2, {{0, 1.0}})));
+    EXPECT_TRUE(istrue(sparse_entries(2, {{0, 1.0}, {1, 0.0}})));
+    EXPECT_FALSE(istrue(sparse_entries(2, {{0, 1.0}})));
     EXPECT_ERROR(istrue(Mm(0, 0, 0, 1, 1, ak_mm)), "cell array has no true/false meaning");
     EXPECT_ERROR(istrue(Mm(i_o, "u", 0)), "variable 'u' was used without a value");
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "arklib.h"
+#include "tests/test_support.h"
 
 namespace cells_test {
 
@@ -16,12 +17,7 @@ inline std::string str(const Mm& m) {
     return buffer.c_str();
 }
 
-inline Mm row(std::initializer_list<double> values) {
-    Mm m(0, 0, 0, 1, static_cast<int>(values.size()), ak_double);
-    int k = 0;
-    for (double v : values) m.addr()[k++] = v;
-    return m;
-}
+using ak_test::row;
 
 // A 1 x n cell of the values given (sharing their storage).
 inline Mm cell_row(std::initializer_list<Mm> values) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "arklib.h"
+#include "tests/test_support.h"
 
 namespace engine_test {
 
@@ -17,7 +18,7 @@ inline Mm mat(int r, int c, std::initializer_list<double> row_major) {
     return m;
 }
 
-inline Mm row(std::initializer_list<double> v) { return mat(1, static_cast<int>(v.size()), v); }
+using ak_test::row;
 
 // A complex row from real and imaginary parts.
 inline Mm crow(std::initializer_list<double> re, std::initializer_list<double> im) {
@@ -36,12 +37,7 @@ inline Mm counting(int ndims, const int* dims) {
     return m;
 }
 
-inline Mm bytes(std::initializer_list<int> v) {
-    Mm m(0, 0, 0, 1, static_cast<int>(v.size()), ak_uchar);
-    int k = 0;
-    for (int x : v) static_cast<unsigned char*>(m.pr)[k++] = static_cast<unsigned char>(x);
-    return m;
-}
+using ak_test::bytes;
 
 inline std::vector<double> re(const Mm& m) {
     if (m.flags.type == ak_uchar) {

@@ -1,15 +1,10 @@
 // Matrix and cell literals, and concatenation.
 #include "arklib.h"
-#include "test_support.h"
+#include "tests/core/subscript_test_support.h"
+
+using sub_test::mat;
 
 namespace {
-
-Mm mat(int rows, int cols, std::initializer_list<double> column_major) {
-    Mm m(0, 0, 0, rows, cols, ak_double);
-    int k = 0;
-    for (double v : column_major) m.addr()[k++] = v;
-    return m;
-}
 
 void expect_values(const Mm& m, int rows, int cols, std::initializer_list<double> column_major) {
     ASSERT_EQ(m.rows(), rows);

@@ -5,27 +5,8 @@
 #include "arklib.h"
 #include "test_support.h"
 
-namespace {
-
-Mm row(std::initializer_list<double> values) {
-    Mm m(0, 0, 0, 1, static_cast<int>(values.size()), ak_double);
-    int k = 0;
-    for (double v : values) m.addr()[k++] = v;
-    return m;
-}
-
-// A sparse 1 x n matrix with the given (position, value) entries, in the order given.
-Mm sparse_entries(int n, std::initializer_list<std::pair<int, double>> entries) {
-    Mm m(0, 1, static_cast<int>(entries.size()), 1, n, ak_double);
-    int k = 0;
-    for (auto& e : entries) {
-        m.index[k] = e.first;
-        m.addr()[k++] = e.second;
-    }
-    return m;
-}
-
-}  // namespace
+using ak_test::row;
+using ak_test::sparse_entries;
 
 TEST(MatrixStorage, ShapesCapacityAndOversizedRequests) {
     int d3[3] = {3, 0, 2};

@@ -1,4 +1,4 @@
-// Builders and readers for the subscript tests.
+// Builders and readers for the subscript tests, and the column-major `mat` of the core tests.
 #pragma once
 #include <initializer_list>
 #include <string>
@@ -17,9 +17,7 @@ inline Mm mat(int rows, int cols, std::initializer_list<double> values) {
     return m;
 }
 
-inline Mm row(std::initializer_list<double> values) {
-    return mat(1, static_cast<int>(values.size()), values);
-}
+using ak_test::row;
 inline Mm col(std::initializer_list<double> values) {
     return mat(static_cast<int>(values.size()), 1, values);
 }

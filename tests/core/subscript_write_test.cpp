@@ -9,16 +9,7 @@ using namespace sub_test;
 using V = std::vector<double>;
 using D = std::vector<int>;
 
-namespace {
-
-Mm bytes(std::initializer_list<double> values) {
-    Mm b(0, 0, 0, 1, static_cast<int>(values.size()), ak_uchar);
-    int k = 0;
-    for (double v : values) static_cast<unsigned char*>(b.pr)[k++] = static_cast<unsigned char>(v);
-    return b;
-}
-
-}  // namespace
+using ak_test::bytes;
 
 TEST(SubscriptWrite, GrowthShapesOfOneIndex) {
     Mm e;
