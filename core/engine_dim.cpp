@@ -81,31 +81,26 @@ void run_reductions(op_t op, const dim_geometry& g, const Mm& a, Mm& r) {
     const double* xi = a.addi();
     double* rr = r.addr();
     double* ri = r.addi();
+    // The sum and product steps serve both the reductions and the running forms.
+    auto add = [](double& s, double& si, double x, double y) {
+        s += x;
+        if (C) si += y;
+    };
+    auto multiply = [](double& p, double& pi, double x, double y) {
+        if (C)
+            c_mul(p, pi, x, y, p, pi);
+        else
+            p *= x;
+    };
     switch (op) {
         case op_sum:
-            return reduce<C>(g, xr, xi, rr, ri, 0.0, 0.0, [](double& s, double& si, double x, double y) {
-                s += x;
-                if (C) si += y;
-            });
+            return reduce<C>(g, xr, xi, rr, ri, 0.0, 0.0, add);
         case op_prod:
-            return reduce<C>(g, xr, xi, rr, ri, 1.0, 0.0, [](double& p, double& pi, double x, double y) {
-                if (C)
-                    c_mul(p, pi, x, y, p, pi);
-                else
-                    p *= x;
-            });
+            return reduce<C>(g, xr, xi, rr, ri, 1.0, 0.0, multiply);
         case op_cumsum:
-            return scan<C>(g, xr, xi, rr, ri, 0.0, 0.0, [](double& s, double& si, double x, double y) {
-                s += x;
-                if (C) si += y;
-            });
+            return scan<C>(g, xr, xi, rr, ri, 0.0, 0.0, add);
         case op_cumprod:
-            return scan<C>(g, xr, xi, rr, ri, 1.0, 0.0, [](double& p, double& pi, double x, double y) {
-                if (C)
-                    c_mul(p, pi, x, y, p, pi);
-                else
-                    p *= x;
-            });
+            return scan<C>(g, xr, xi, rr, ri, 1.0, 0.0, multiply);
         case op_all:
             // NaN is not zero, so it counts as true.
             return reduce<C>(g, xr, xi, rr, nullptr, 1.0, 0.0, [](double& t, double&, double x, double y) {
