@@ -385,40 +385,20 @@ void c_acosh(double x, double y, double& rr, double& ri) {
 void c_atanh(double x, double y, double& rr, double& ri) { atanh_core(x, y, rr, ri); }
 
 // The reciprocal-argument inverses: f(1/z) by the function above.
-void c_asec(double x, double y, double& rr, double& ri) {
+namespace {
+template <void (*F)(double, double, double&, double&)>
+void of_reciprocal(double x, double y, double& rr, double& ri) {
     double ir, ii;
     c_recip(x, y, ir, ii);
-    c_acos(ir, ii, rr, ri);
+    F(ir, ii, rr, ri);
 }
+}  // namespace
 
-void c_acsc(double x, double y, double& rr, double& ri) {
-    double ir, ii;
-    c_recip(x, y, ir, ii);
-    c_asin(ir, ii, rr, ri);
-}
-
-void c_acot(double x, double y, double& rr, double& ri) {
-    double ir, ii;
-    c_recip(x, y, ir, ii);
-    c_atan(ir, ii, rr, ri);
-}
-
-void c_asech(double x, double y, double& rr, double& ri) {
-    double ir, ii;
-    c_recip(x, y, ir, ii);
-    c_acosh(ir, ii, rr, ri);
-}
-
-void c_acsch(double x, double y, double& rr, double& ri) {
-    double ir, ii;
-    c_recip(x, y, ir, ii);
-    c_asinh(ir, ii, rr, ri);
-}
-
-void c_acoth(double x, double y, double& rr, double& ri) {
-    double ir, ii;
-    c_recip(x, y, ir, ii);
-    c_atanh(ir, ii, rr, ri);
-}
+void c_asec(double x, double y, double& rr, double& ri) { of_reciprocal<c_acos>(x, y, rr, ri); }
+void c_acsc(double x, double y, double& rr, double& ri) { of_reciprocal<c_asin>(x, y, rr, ri); }
+void c_acot(double x, double y, double& rr, double& ri) { of_reciprocal<c_atan>(x, y, rr, ri); }
+void c_asech(double x, double y, double& rr, double& ri) { of_reciprocal<c_acosh>(x, y, rr, ri); }
+void c_acsch(double x, double y, double& rr, double& ri) { of_reciprocal<c_asinh>(x, y, rr, ri); }
+void c_acoth(double x, double y, double& rr, double& ri) { of_reciprocal<c_atanh>(x, y, rr, ri); }
 
 }  // namespace ak_internal
