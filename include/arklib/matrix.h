@@ -203,6 +203,7 @@ class Mm {
     inline Mr operator()(double k) const;  // x(k) and x(r,c) with numbers, for translated loops
     inline Mr operator()(double r, double c) const;
     inline Mr operator()(const Mm& i1) const;
+    inline Mr operator()(Mm&& i1) const;
     inline Mr operator()(const Mm& i1, const Mm& i2) const;
     inline Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3) const;
     inline Mr operator()(const Mm& i1, const Mm& i2, const Mm& i3, const Mm& i4) const;

@@ -288,6 +288,13 @@ AK_SCALAR_PATH Mm::Mm(const Mr& r, int report) {
 inline Mr Mm::operator()(double k) const { return Mr(*this, k); }
 inline Mr Mm::operator()(double r, double c) const { return Mr(*this, r, c); }
 inline Mr Mm::operator()(const Mm& i1) const { return Mr(Mr_paren, *this, i1); }
+// An expiring plain scalar index, such as the i - 1 of x(i - 1), is held as a number: the reference
+// then does not refer to it, and the scalar paths read the number from the reference itself.
+AK_SCALAR_PATH Mr Mm::operator()(Mm&& i1) const {
+    if (((i1.flags.type ^ ak_double) | (i1.nnz ^ 1) | i1.flags.sparse | i1.flags.logical) == 0 && !i1.name)
+        return Mr(*this, *static_cast<const double*>(i1.pr));
+    return Mr(Mr_paren, *this, i1);
+}
 inline Mr Mm::operator()(const Mm& i1, const Mm& i2) const { return Mr(Mr_paren, *this, i1, i2); }
 inline Mr Mm::operator()(const Mm& i1, const Mm& i2, const Mm& i3) const {
     return Mr(Mr_paren, *this, i1, i2, i3);

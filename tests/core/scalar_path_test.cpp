@@ -159,6 +159,15 @@ TEST(ScalarPath, NumberIndicesInWritesChainsAndDescriptors) {
     y(1.0) = Mm(-1.0);
     EXPECT_EQ(10.0, x.r(1.0));
     EXPECT_EQ(-1.0, y.r(1.0));
+    // An expiring index is taken as a number; a logical one still selects.
+    Mm k(1.0);
+    EXPECT_EQ(V{2}, values(Mm(x(k + 1.0))));
+    x(k + 2.0) = Mm(30.0);
+    EXPECT_EQ(30.0, x.r(3.0));
+    EXPECT_EQ(0, Mm(x(logical(Mm(0.0)))).size());
+    Mm z = named(row({1, 2, 3}), "z");
+    EXPECT_ERROR(Mm(z(k + 3.0)),
+                 "z(=4) : Index out of matrix. Index value was 4 however the indexed matrix has 3 elements.");
     // Chains on a reference with numbers, reading and writing.
     Mm c = cell_of({row({5, 6}), Mm(9.0)});
     EXPECT_EQ(V{6}, values(Mm(c.br(Mm(1.0))(Mm(2.0)))));
