@@ -226,7 +226,7 @@ class Mm {
     friend Mm ak_scalar_result(Mm&& from, double v, int logical);
     void scalar_head(double v, const M_types& f);
     void init_scalar_allocated(double v, const M_types& f);  // when no block is kept
-    void read_reference(const Mr& ref, int report);  // every read but the common scalar x(k)
+    void read_reference(const Mr& ref, int report);          // every read but the common scalar x(k)
     bool keep_scalar_block();
     bool release_share();
     void end_variable();

@@ -20,6 +20,13 @@ extern Mm nothing;
 // or structure, else the index as doubles.
 Mm subsindex(const Mm& x);
 
+// An index as a number when it is a plain scalar: a real full 1x1 double matrix that is not logical.
+AK_SCALAR_PATH bool ak_index_number(const Mm& i, double& v) {
+    if (((i.flags.type ^ ak_double) | (i.nnz ^ 1) | i.flags.sparse | i.flags.logical) != 0) return false;
+    v = *static_cast<const double*>(i.pr);
+    return true;
+}
+
 // A reference to a base matrix (or, when chained, to the value of an outer reference) and up to four
 // index matrices. It holds raw pointers and takes no reference counts: it must not outlive the
 // statement that built it.
@@ -178,10 +185,7 @@ class Mr {
             v = number[k];
             return true;
         }
-        const Mm& i = *idx[k];
-        if (((i.flags.type ^ ak_double) | (i.nnz ^ 1) | i.flags.sparse | i.flags.logical) != 0) return false;
-        v = *static_cast<const double*>(i.pr);
-        return true;
+        return ak_index_number(*idx[k], v);
     }
     // The position of the common read x(k): a dense double x with no user class, one plain scalar
     // index inside it. False for every other read. A position is the index less 1, truncated.
@@ -291,8 +295,8 @@ inline Mr Mm::operator()(const Mm& i1) const { return Mr(Mr_paren, *this, i1); }
 // An expiring plain scalar index, such as the i - 1 of x(i - 1), is held as a number: the reference
 // then does not refer to it, and the scalar paths read the number from the reference itself.
 AK_SCALAR_PATH Mr Mm::operator()(Mm&& i1) const {
-    if (((i1.flags.type ^ ak_double) | (i1.nnz ^ 1) | i1.flags.sparse | i1.flags.logical) == 0 && !i1.name)
-        return Mr(*this, *static_cast<const double*>(i1.pr));
+    double k;
+    if (!i1.name && ak_index_number(i1, k)) return Mr(*this, k);
     return Mr(Mr_paren, *this, i1);
 }
 inline Mr Mm::operator()(const Mm& i1, const Mm& i2) const { return Mr(Mr_paren, *this, i1, i2); }

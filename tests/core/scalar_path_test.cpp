@@ -211,7 +211,8 @@ TEST(ScalarPath, LoopStepOverARow) {
 }
 
 TEST(ScalarPath, KeptBlocksAreReusedAndGivenBack) {
-    if (ak_scalar_blocks.distance != ak_scalar_capacity * 8) GTEST_SKIP() << "sanitizer builds keep no blocks";
+    if (ak_scalar_blocks.distance != ak_scalar_capacity * 8)
+        GTEST_SKIP() << "sanitizer builds keep no blocks";
     for (int k = 0; k < 10; ++k) Mm warm = Mm(1.0) + 1.0;
     const int live = ak_internal::pool_live_blocks();
     Mm x = row({1, 2, 3});
@@ -251,7 +252,8 @@ TEST(ScalarPath, KeptBlocksAreReusedAndGivenBack) {
 }
 
 TEST(ScalarPath, TheAllocatorTakesKeptBlocksBackBeforeGrowing) {
-    if (ak_scalar_blocks.distance != ak_scalar_capacity * 8) GTEST_SKIP() << "sanitizer builds keep no blocks";
+    if (ak_scalar_blocks.distance != ak_scalar_capacity * 8)
+        GTEST_SKIP() << "sanitizer builds keep no blocks";
     auto kept = [] { return ak_internal::pool_live_blocks() - ak_internal::pool_blocks_in_use(); };
     {
         std::vector<Mm> many(3000);
