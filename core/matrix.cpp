@@ -180,20 +180,31 @@ void Mm::end_variable() {
         ak_debug_handler('s', name);
 }
 
-void Mm::init_scalar_allocated(double v, const M_types& f) {
-    init_head(2, ak_double);
-    nnz = 1;
-    storage_alloc(0, 0);
-    if (nnz == 1)
-        scalar_head(v, f);
+bool Mm::spill() const {
+    void* block = ak_scalar_blocks.head;
+    if (block)
+        ak_scalar_blocks.head = *static_cast<void**>(block);
     else
-        flags = f;  // out of memory was reported: the head is left an empty matrix
+        block = ak_malloc(ak_scalar_capacity * 8 + 8);  // the block storage_alloc gives a 1x1
+    if (!block) {
+        error("Out of memory!");
+        return false;
+    }
+    *static_cast<double*>(block) = *static_cast<const double*>(pr);
+    p = ak_scalar_capacity;
+    pr = block;
+    refs = reinterpret_cast<int*>(static_cast<char*>(block) + ak_scalar_capacity * 8);
+    *refs = 1;
+    shadowed = nullptr;
+    return true;
 }
 
-Mm::Mm() {
+void Mm::init_empty() {
     init_head(2, ak_double);
     storage_alloc(0, 0);
 }
+
+Mm::Mm() { init_empty(); }
 
 Mm::Mm(int complex, int sparse, int n, int rows, int cols, ak_matrix_types type) {
     init_head(2, type);

@@ -26,6 +26,10 @@ void adopt_head(Mm& dst, Mm& src) {
     dst.classid = src.classid;
     dst.shadowed = nullptr;
     dst.flags = src.flags;
+    if (src.holds_value()) {
+        dst.shadowed = src.shadowed;
+        dst.pr = &dst.shadowed;
+    }
     src.refs = nullptr;
     src.pr = src.pi = nullptr;
     src.index = nullptr;

@@ -227,13 +227,6 @@ inline double ak_scalar_value(const Mm& a) { return *static_cast<const double*>(
 AK_SCALAR_PATH Mm ak_scalar_result(double v, int logical) {
     return Mm(v, M_types{0, 0, logical, 0, 0, 0, ak_double});
 }
-// The same, written into the storage of an expiring operand when nothing else holds it, so that a chain
-// such as a*b + c makes one block where it would make two.
-AK_SCALAR_PATH Mm ak_scalar_result(Mm&& from, double v, int logical) {
-    if (!from.name && from.refs && __atomic_load_n(from.refs, __ATOMIC_RELAXED) == 1)
-        return Mm(static_cast<Mm&&>(from), v, M_types{0, 0, logical, 0, 0, 0, ak_double});
-    return ak_scalar_result(v, logical);
-}
 // The operand kinds that the scalar path does not serve, through the named form: out of line, so
 // that the operators stay small enough to be inlined where they are used.
 Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mm& a, double b);
@@ -253,31 +246,6 @@ Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mr& b);
     }                                                                                               \
     AK_SCALAR_PATH Mm operator OP(double a, const Mm& b) {                                          \
         if (ak_plain_scalar(b)) return ak_scalar_result(a OP ak_scalar_value(b), LOGICAL);          \
-        return ak_apply(NAMED, a, b);                                                               \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(Mm&& a, const Mm& b) {                                            \
-        if (ak_plain_scalar(a) && ak_plain_scalar(b))                                               \
-            return ak_scalar_result(static_cast<Mm&&>(a), ak_scalar_value(a) OP ak_scalar_value(b), \
-                                    LOGICAL);                                                       \
-        return NAMED(a, b);                                                                         \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(const Mm& a, Mm&& b) {                                            \
-        if (ak_plain_scalar(a) && ak_plain_scalar(b))                                               \
-            return ak_scalar_result(static_cast<Mm&&>(b), ak_scalar_value(a) OP ak_scalar_value(b), \
-                                    LOGICAL);                                                       \
-        return NAMED(a, b);                                                                         \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(Mm&& a, Mm&& b) {                                                 \
-        return static_cast<Mm&&>(a) OP static_cast<const Mm&>(b);                                   \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(Mm&& a, double b) {                                               \
-        if (ak_plain_scalar(a))                                                                     \
-            return ak_scalar_result(static_cast<Mm&&>(a), ak_scalar_value(a) OP b, LOGICAL);        \
-        return ak_apply(NAMED, a, b);                                                               \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(double a, Mm&& b) {                                               \
-        if (ak_plain_scalar(b))                                                                     \
-            return ak_scalar_result(static_cast<Mm&&>(b), a OP ak_scalar_value(b), LOGICAL);        \
         return ak_apply(NAMED, a, b);                                                               \
     }                                                                                               \
     AK_SCALAR_PATH Mm operator OP(const Mr& a, double b) {                                          \
@@ -304,9 +272,5 @@ AK_SCALAR_OPERATOR(!=, ne, 1)
 
 AK_SCALAR_PATH Mm operator-(const Mm& a) {
     if (ak_plain_scalar(a)) return ak_scalar_result(-ak_scalar_value(a), 0);
-    return uminus(a);
-}
-AK_SCALAR_PATH Mm operator-(Mm&& a) {
-    if (ak_plain_scalar(a)) return ak_scalar_result(static_cast<Mm&&>(a), -ak_scalar_value(a), 0);
     return uminus(a);
 }

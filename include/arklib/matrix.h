@@ -45,9 +45,11 @@ class Mm {
     // The head. Field order is part of the binary contract with translated programs.
     int ndims;            // 2, 3 or 4; -1 after destruction
     int dims[4];          // sizes; trailing entries 1, or all 0 when empty
-    int p;                // capacity in elements, at least nnz
-    int* refs;            // shared reference count of the storage
-    void* pr;             // real half: double, unsigned char or Mm elements
+    // The storage words are mutable: copying a head that holds its own value (see init_scalar)
+    // moves the value to a block that both heads then share.
+    mutable int p;        // capacity in elements, at least nnz
+    mutable int* refs;    // shared reference count of the storage; null when there is none
+    mutable void* pr;     // real half: double, unsigned char or Mm elements
     void* pi;             // imaginary half, null for a real matrix
     int nnz;              // stored elements: the product of dims when full
     int* index;           // sparse only: zero-based column-major position of each entry
@@ -55,7 +57,7 @@ class Mm {
     const char** fields;  // field names of a structure, else null
     int nfields;
     int classid;   // registered user class, 0 for none
-    Mm* shadowed;  // the same-named variable this one hides in the scope table
+    mutable Mm* shadowed;  // the same-named variable this one hides in the scope table; see init_scalar
     M_types flags;
 
     // ---- construction ------------------------------------------------------------------------
@@ -87,8 +89,13 @@ class Mm {
     // Releases the storage; runs when the reference count reaches 0.
     void storage_free();
     // Makes this head a 1x1 real double holding v, with the flag record f (whose type is ak_double).
-    // The storage is that of the storage rule, taken from the kept 1x1 blocks when there is one.
+    // The head holds the value itself, in the word of `shadowed`, which only named variables use:
+    // pr points there, refs is null and p is 1. So a scalar temporary costs no block. The first copy
+    // of such a head moves the value to a block of the storage rule, which both heads then share, as
+    // for every other value; a head that holds its value is therefore never shared, and is not to be
+    // copied from two threads at once.
     void init_scalar(double v, const M_types& f);
+    bool holds_value() const { return pr == &shadowed; }
 
     // ---- shape -------------------------------------------------------------------------------
     int& getndims() { return ndims; }
@@ -220,12 +227,8 @@ class Mm {
     void vwcopy0(const Mr& ref);
 
   private:
-    // A 1x1 real double holding v with the flag record f, in the storage of `from`, a real 1x1 that
-    // nothing else holds and that is about to end: it is left a 0x0 matrix without storage.
-    Mm(Mm&& from, double v, const M_types& f);
-    friend Mm ak_scalar_result(Mm&& from, double v, int logical);
-    void scalar_head(double v, const M_types& f);
-    void init_scalar_allocated(double v, const M_types& f);  // when no block is kept
+    bool spill() const;  // moves a value held in the head to a block; false when out of memory
+    void init_empty();
     void read_reference(const Mr& ref, int report);          // every read but the common scalar x(k)
     bool keep_scalar_block();
     bool release_share();
@@ -309,31 +312,37 @@ struct miniM {
 };
 
 // ---- inline fast paths -----------------------------------------------------------------------------
-inline Mm::Mm(const Mm& s)
-    : ndims(s.ndims),
-      p(s.p),
-      refs(s.refs),
-      pr(s.pr),
-      pi(s.pi),
-      nnz(s.nnz),
-      index(s.index),
-      name(nullptr),
-      fields(s.fields),
-      nfields(s.nfields),
-      classid(s.classid),
-      shadowed(nullptr),
-      flags(s.flags) {
+inline Mm::Mm(const Mm& s) {
+    if (s.holds_value() && !s.spill()) {
+        init_empty();  // out of memory was reported
+        return;
+    }
+    ndims = s.ndims;
     dims[0] = s.dims[0];
     dims[1] = s.dims[1];
     dims[2] = s.dims[2];
     dims[3] = s.dims[3];
+    p = s.p;
+    refs = s.refs;
+    pr = s.pr;
+    pi = s.pi;
+    nnz = s.nnz;
+    index = s.index;
+    name = nullptr;
+    fields = s.fields;
+    nfields = s.nfields;
+    classid = s.classid;
+    shadowed = nullptr;
+    flags = s.flags;
     flags.workspace_var = 0;
     flags.global = 0;
     if (refs) ak_ref_raise(refs);
 }
 
-// Every field of a 1x1 real double head but its storage (p, pr and refs), and the value.
-AK_SCALAR_PATH void Mm::scalar_head(double v, const M_types& f) {
+AK_SCALAR_PATH void Mm::init_scalar(double v, const M_types& f) {
+    p = 1;
+    refs = nullptr;
+    pr = &shadowed;
     ndims = 2;
     dims[0] = dims[1] = dims[2] = dims[3] = 1;
     nnz = 1;
@@ -343,7 +352,6 @@ AK_SCALAR_PATH void Mm::scalar_head(double v, const M_types& f) {
     fields = nullptr;
     nfields = 0;
     classid = 0;
-    shadowed = nullptr;
     // Field by field: a constant record becomes stores of constants, where a copy of the whole
     // record would be built on the stack and read back in wider pieces than it was written.
     flags.str = f.str;
@@ -353,26 +361,7 @@ AK_SCALAR_PATH void Mm::scalar_head(double v, const M_types& f) {
     flags.workspace_var = f.workspace_var;
     flags.global = f.global;
     flags.type = f.type;
-    *static_cast<double*>(pr) = v;
-}
-
-AK_SCALAR_PATH void Mm::init_scalar(double v, const M_types& f) {
-    void* block = ak_scalar_blocks.head;
-    if (!block) return init_scalar_allocated(v, f);
-    ak_scalar_blocks.head = *static_cast<void**>(block);
-    p = ak_scalar_capacity;
-    pr = block;
-    refs = reinterpret_cast<int*>(static_cast<char*>(block) + ak_scalar_capacity * 8);
-    *refs = 1;
-    scalar_head(v, f);
-}
-
-AK_SCALAR_PATH Mm::Mm(Mm&& from, double v, const M_types& f) : p(from.p), refs(from.refs), pr(from.pr) {
-    from.dims[0] = from.dims[1] = from.dims[2] = from.dims[3] = 0;
-    from.nnz = from.p = 0;
-    from.refs = nullptr;
-    from.pr = nullptr;
-    scalar_head(v, f);
+    *static_cast<double*>(pr) = v;  // into shadowed
 }
 
 AK_SCALAR_PATH Mm::Mm(double v) { init_scalar(v, M_types{0, 0, 0, 1, 0, 0, ak_double}); }
