@@ -250,11 +250,13 @@ inline void ak_ref_raise(int* refs) {
 #define AK_SCALAR_PATH inline __attribute__((always_inline))
 
 // ---- kept 1x1 storage ---------------------------------------------------------------------------------
-// Translated scalar code makes and drops a 1x1 temporary for nearly every operation. When the last
-// head of a real 1x1 double's storage goes, the block is kept on this list, and the next 1x1 takes it
-// back without a trip through the allocator. The blocks are those of the storage rule: capacity 9,
-// 72 bytes of elements, then the count. The allocator takes the kept blocks back into its own list
-// of blocks of that size before it grows that list, so keeping them never costs memory.
+// Translated scalar code makes and drops a 1x1 temporary for nearly every operation; those hold their
+// values in their heads (see init_scalar). A 1x1 with storage of its own, such as a copy of a held
+// value or a scalar made by the general code, has a block of the storage rule: capacity 9, 72 bytes of
+// elements, then the count. When its last head goes, the block is kept on this list, and the next
+// copy of a held value takes it back without a trip through the allocator. The allocator takes the
+// kept blocks back into its own list of blocks of that size before it grows that list, so keeping
+// them never costs memory.
 struct ak_scalar_block_list {
     void* head;  // first kept block; the first 8 bytes of each hold the next
     // How far the count of a block that is kept lies past its elements: 72 while blocks are kept, and
@@ -383,8 +385,8 @@ AK_SCALAR_PATH bool Mm::keep_scalar_block() {
     return true;
 }
 
-// The end of a temporary is inline and short when its storage is a kept-size block or nothing;
-// a named variable, shared storage and every other kind of storage end out of line.
+// The end of a temporary is inline and short when it holds its value or its storage is a kept-size
+// block; a named variable, shared storage and every other kind of storage end out of line.
 AK_SCALAR_PATH Mm::~Mm() {
     if (name) {
         end_variable();
