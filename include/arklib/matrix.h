@@ -76,6 +76,10 @@ class Mm {
     ~Mm();
 
     Mm& operator=(const Mm& src);
+    // From a temporary: a value it holds in its head is written into this head's own real double
+    // storage when nothing else holds that storage, with no block taken or given back. Every other
+    // assignment is the one above.
+    Mm& operator=(Mm&& src);
 
     static void* operator new(std::size_t size) noexcept;
     static void* operator new(std::size_t, void* where) noexcept { return where; }
@@ -383,6 +387,21 @@ AK_SCALAR_PATH bool Mm::keep_scalar_block() {
     kept.head = pr;
     refs = nullptr;
     return true;
+}
+
+AK_SCALAR_PATH Mm& Mm::operator=(Mm&& src) {
+    const bool own_storage = holds_value() || (refs && __atomic_load_n(refs, __ATOMIC_RELAXED) == 1);
+    if (!src.holds_value() || !own_storage || flags.type != ak_double || flags.sparse || pi || fields)
+        return *this = static_cast<const Mm&>(src);
+    *static_cast<double*>(pr) = *static_cast<const double*>(src.pr);
+    ndims = 2;
+    dims[0] = dims[1] = dims[2] = dims[3] = 1;
+    nnz = 1;
+    classid = src.classid;
+    // The flags of the value; those of the variable stay, as in every assignment.
+    flags.str = src.flags.str;
+    flags.logical = src.flags.logical;
+    return *this;
 }
 
 // The end of a temporary is inline and short when it holds its value or its storage is a kept-size

@@ -200,6 +200,36 @@ TEST(ScalarPath, LoopStepOverARow) {
     EXPECT_EQ(V{98}, values(k));
 }
 
+TEST(ScalarPath, AssigningAHeldValueWritesItIntoTheTargetsOwnStorage) {
+    Mm x = row({1, 2, 3});
+    Mm s = named(row({0}), "s");
+    void* block = s.pr;
+    for (double k = 1; k <= 3; ++k) s = s + x(k);
+    EXPECT_EQ(block, s.pr);
+    EXPECT_EQ(V{6}, values(s));
+    EXPECT_STREQ("s", s.name);
+    // The value's flags come with it.
+    s = x(1.0) < 2.0;
+    EXPECT_EQ(1, s.flags.logical);
+    EXPECT_EQ(block, s.pr);
+    // Storage that another head holds is not written: the assignment shares as usual.
+    Mm other = s;
+    s = x(2.0) + 0.0;
+    EXPECT_EQ(V{1}, values(other));
+    EXPECT_EQ(1, other.flags.logical);
+    EXPECT_EQ(V{2}, values(s));
+    EXPECT_EQ(0, s.flags.logical);
+    // Targets of another kind take the value the usual way.
+    Mm b = ak_test::bytes({7});
+    b = x(3.0) + 0.0;
+    EXPECT_EQ(ak_double, b.flags.type);
+    EXPECT_EQ(V{3}, values(b));
+    Mm c = cell_of({Mm(1.0)});
+    c = x(1.0) * 5.0;
+    EXPECT_EQ(ak_double, c.flags.type);
+    EXPECT_EQ(V{5}, values(c));
+}
+
 TEST(ScalarPath, KeptBlocksAreReusedAndGivenBack) {
     if (ak_scalar_blocks.distance != ak_scalar_capacity * 8)
         GTEST_SKIP() << "sanitizer builds keep no blocks";
@@ -249,7 +279,10 @@ TEST(ScalarPath, TheAllocatorTakesKeptBlocksBackBeforeGrowing) {
     auto kept = [] { return ak_internal::pool_live_blocks() - ak_internal::pool_blocks_in_use(); };
     {
         std::vector<Mm> many(3000);
-        for (std::size_t k = 0; k < many.size(); ++k) many[k] = Mm(static_cast<double>(k));
+        for (std::size_t k = 0; k < many.size(); ++k) {
+            Mm v(static_cast<double>(k));
+            many[k] = v;  // a copy moves the value to a 1x1 block
+        }
     }
     EXPECT_GE(kept(), 3000);
     const int live = ak_internal::pool_live_blocks();
