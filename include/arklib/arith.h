@@ -217,7 +217,7 @@ Mm mrdivide();
 // ---- operators with the scalar path --------------------------------------------------------------------
 // Translated scalar code spends its time here: two real full 1x1 doubles, or a number and the
 // common read x(k), are worked out in place, with the results of the engine (NaN unordered,
-// comparisons logical), into a fresh 1x1 whose storage is a kept block. Anything else goes to the
+// comparisons logical), into a fresh 1x1 that holds its value in its head. Anything else goes to the
 // named form, that is to the engine.
 inline bool ak_plain_scalar(const Mm& a) {
     return ((a.flags.type ^ ak_double) | (a.nnz ^ 1) | a.flags.sparse) == 0 && !a.pi;
