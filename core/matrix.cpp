@@ -262,21 +262,7 @@ Mm& Mm::operator=(const Mm& src) {
     Mm held(src);
     release_share();
     M_types kept = flags;
-    ndims = held.ndims;
-    dims[0] = held.dims[0];
-    dims[1] = held.dims[1];
-    dims[2] = held.dims[2];
-    dims[3] = held.dims[3];
-    p = held.p;
-    refs = held.refs;
-    pr = held.pr;
-    pi = held.pi;
-    nnz = held.nnz;
-    index = held.index;
-    fields = held.fields;
-    nfields = held.nfields;
-    classid = held.classid;
-    flags = held.flags;
+    copy_value_fields(held);
     held.refs = nullptr;  // its share now belongs to this head
     flags.workspace_var = kept.workspace_var;
     flags.global = kept.global;

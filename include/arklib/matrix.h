@@ -232,6 +232,8 @@ class Mm {
 
   private:
     bool spill() const;  // moves a value held in the head to a block; false when out of memory
+    // Every field of s but the name and the scope link, sharing its storage without counting it.
+    void copy_value_fields(const Mm& s);
     void init_empty();
     void read_reference(const Mr& ref, int report);          // every read but the common scalar x(k)
     bool keep_scalar_block();
@@ -318,11 +320,7 @@ struct miniM {
 };
 
 // ---- inline fast paths -----------------------------------------------------------------------------
-inline Mm::Mm(const Mm& s) {
-    if (s.holds_value() && !s.spill()) {
-        init_empty();  // out of memory was reported
-        return;
-    }
+inline void Mm::copy_value_fields(const Mm& s) {
     ndims = s.ndims;
     dims[0] = s.dims[0];
     dims[1] = s.dims[1];
@@ -334,12 +332,20 @@ inline Mm::Mm(const Mm& s) {
     pi = s.pi;
     nnz = s.nnz;
     index = s.index;
-    name = nullptr;
     fields = s.fields;
     nfields = s.nfields;
     classid = s.classid;
-    shadowed = nullptr;
     flags = s.flags;
+}
+
+inline Mm::Mm(const Mm& s) {
+    if (s.holds_value() && !s.spill()) {
+        init_empty();  // out of memory was reported
+        return;
+    }
+    copy_value_fields(s);
+    name = nullptr;
+    shadowed = nullptr;
     flags.workspace_var = 0;
     flags.global = 0;
     if (refs) ak_ref_raise(refs);
