@@ -234,29 +234,29 @@ Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mm& b);
 Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mr& a, double b);
 Mm ak_apply(Mm (*named)(const Mm&, const Mm&), double a, const Mr& b);
 
-#define AK_SCALAR_OPERATOR(OP, NAMED, LOGICAL)                                                      \
-    AK_SCALAR_PATH Mm operator OP(const Mm& a, const Mm& b) {                                       \
-        if (ak_plain_scalar(a) && ak_plain_scalar(b))                                               \
-            return ak_scalar_result(ak_scalar_value(a) OP ak_scalar_value(b), LOGICAL);             \
-        return NAMED(a, b);                                                                         \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(const Mm& a, double b) {                                          \
-        if (ak_plain_scalar(a)) return ak_scalar_result(ak_scalar_value(a) OP b, LOGICAL);          \
-        return ak_apply(NAMED, a, b);                                                               \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(double a, const Mm& b) {                                          \
-        if (ak_plain_scalar(b)) return ak_scalar_result(a OP ak_scalar_value(b), LOGICAL);          \
-        return ak_apply(NAMED, a, b);                                                               \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(const Mr& a, double b) {                                          \
-        double v;                                                                                   \
-        if (a.scalar_value(v)) return ak_scalar_result(v OP b, LOGICAL);                            \
-        return ak_apply(NAMED, a, b);                                                               \
-    }                                                                                               \
-    AK_SCALAR_PATH Mm operator OP(double a, const Mr& b) {                                          \
-        double v;                                                                                   \
-        if (b.scalar_value(v)) return ak_scalar_result(a OP v, LOGICAL);                            \
-        return ak_apply(NAMED, a, b);                                                               \
+#define AK_SCALAR_OPERATOR(OP, NAMED, LOGICAL)                                             \
+    AK_SCALAR_PATH Mm operator OP(const Mm& a, const Mm& b) {                              \
+        if (ak_plain_scalar(a) && ak_plain_scalar(b))                                      \
+            return ak_scalar_result(ak_scalar_value(a) OP ak_scalar_value(b), LOGICAL);    \
+        return NAMED(a, b);                                                                \
+    }                                                                                      \
+    AK_SCALAR_PATH Mm operator OP(const Mm& a, double b) {                                 \
+        if (ak_plain_scalar(a)) return ak_scalar_result(ak_scalar_value(a) OP b, LOGICAL); \
+        return ak_apply(NAMED, a, b);                                                      \
+    }                                                                                      \
+    AK_SCALAR_PATH Mm operator OP(double a, const Mm& b) {                                 \
+        if (ak_plain_scalar(b)) return ak_scalar_result(a OP ak_scalar_value(b), LOGICAL); \
+        return ak_apply(NAMED, a, b);                                                      \
+    }                                                                                      \
+    AK_SCALAR_PATH Mm operator OP(const Mr& a, double b) {                                 \
+        double v;                                                                          \
+        if (a.scalar_value(v)) return ak_scalar_result(v OP b, LOGICAL);                   \
+        return ak_apply(NAMED, a, b);                                                      \
+    }                                                                                      \
+    AK_SCALAR_PATH Mm operator OP(double a, const Mr& b) {                                 \
+        double v;                                                                          \
+        if (b.scalar_value(v)) return ak_scalar_result(a OP v, LOGICAL);                   \
+        return ak_apply(NAMED, a, b);                                                      \
     }
 AK_SCALAR_OPERATOR(+, plus, 0)
 AK_SCALAR_OPERATOR(-, minus, 0)

@@ -42,11 +42,11 @@ class Mc;
 
 class Mm {
   public:
-    // The head. Field order is part of the binary contract with translated programs.
+    // The head. Field order is part of the binary contract with translated programs. The storage
+    // words are mutable: copying a head that holds its own value (see init_scalar) moves the value
+    // to a block that both heads then share.
     int ndims;            // 2, 3 or 4; -1 after destruction
     int dims[4];          // sizes; trailing entries 1, or all 0 when empty
-    // The storage words are mutable: copying a head that holds its own value (see init_scalar)
-    // moves the value to a block that both heads then share.
     mutable int p;        // capacity in elements, at least nnz
     mutable int* refs;    // shared reference count of the storage; null when there is none
     mutable void* pr;     // real half: double, unsigned char or Mm elements
@@ -56,7 +56,7 @@ class Mm {
     const char* name;     // variable name, not owned; null for a temporary
     const char** fields;  // field names of a structure, else null
     int nfields;
-    int classid;   // registered user class, 0 for none
+    int classid;           // registered user class, 0 for none
     mutable Mm* shadowed;  // the same-named variable this one hides in the scope table; see init_scalar
     M_types flags;
 
@@ -235,7 +235,7 @@ class Mm {
     // Every field of s but the name and the scope link, sharing its storage without counting it.
     void copy_value_fields(const Mm& s);
     void init_empty();
-    void read_reference(const Mr& ref, int report);          // every read but the common scalar x(k)
+    void read_reference(const Mr& ref, int report);  // every read but the common scalar x(k)
     bool keep_scalar_block();
     bool release_share();
     void end_variable();
