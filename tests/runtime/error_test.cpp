@@ -33,7 +33,6 @@ struct BoxCall {
     int style;
 };
 std::vector<BoxCall> boxes;
-void record_box(const char* text, const char* caption, int style) { boxes.push_back({text, caption, style}); }
 
 void silent(const char*) {}
 
@@ -107,15 +106,16 @@ TEST(ErrorChannel, ReportOfEmptyTextStackAndFolding) {
         rec.clear();
         lasterr(TM(text.c_str()));
         error_lasterr();
-        std::string expected = text == at64 ? std::string(64, 'd') + "\ne f" : text;
-        EXPECT_EQ(expected + "\n", rec.printed);
+        EXPECT_EQ((text == at64 ? std::string(64, 'd') + "\ne f" : text) + "\n", rec.printed);
     }
 }
 
 TEST(ErrorChannel, MessageBoxStepFollowsFlagBits) {
     ak_test::ErrorsThrow guard;
     ak_test::Recorder rec(ak_test::Recorder::kPrint);
-    ak_message_box_hook = record_box;
+    ak_message_box_hook = [](const char* text, const char* caption, int style) {
+        boxes.push_back({text, caption, style});
+    };
     boxes.clear();
     ak_default_error_flags = 2 | 16;
     ak_default_warning_flags = 3;
@@ -219,12 +219,12 @@ TEST(ErrorChannelDeathTest, ConsoleDefaultsWithoutTerminal) {
         if (!std::freopen(path, "r", stdin)) std::exit(3);
         unlink(path);
         char buffer[2048];
-        ak_input_handler(buffer, sizeof buffer);
-        if (std::strcmp(buffer, "first line") != 0) std::exit(4);
-        ak_input_handler(buffer, sizeof buffer);
-        if (std::strcmp(buffer, "second") != 0) std::exit(5);
-        ak_input_handler(buffer, sizeof buffer);
-        if (buffer[0] != '\0') std::exit(6);
+        int code = 4;
+        for (const char* line : {"first line", "second", ""}) {
+            ak_input_handler(buffer, sizeof buffer);
+            if (std::strcmp(buffer, line) != 0) std::exit(code);
+            ++code;
+        }
         std::exit(ak_kbhit_handler() == 0 ? 0 : 7);
     };
     EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
