@@ -37,7 +37,6 @@ TEST(EngineShape, ScalarExpansionAndIncompatibleDimensions) {
     Mm l = Mm(10.0) - mat(3, 1, {1, 2, 3});  // the shape comes from b
     EXPECT_VALUES(l, {9, 8, 7});
     EXPECT_EQ((std::vector<int>{3, 1, 1, 1}), dims(l));
-    EXPECT_VALUES(row({2, 4}) / Mm(4.0), {0.5, 1});
     EXPECT_ERROR(Mm(1.0) / row({2, 4}), "mrdivide is not yet implemented");
     EXPECT_VALUES(times(mat(2, 2, {1, 2, 3, 4}), mat(2, 2, {5, 6, 7, 8})), {5, 21, 12, 32});
     int d3[3] = {2, 1, 2};
@@ -47,7 +46,6 @@ TEST(EngineShape, ScalarExpansionAndIncompatibleDimensions) {
 
     Mm a(row({1, 2}), "a");
     EXPECT_ERROR(a + row({1, 2, 3}), "plus: incompatible dimensions of: a, (temporary)");
-    EXPECT_ERROR(a < mat(2, 1, {1, 2}), "lt: incompatible dimensions of: a, (temporary)");
     ak_test::Recorder rec(ak_test::Recorder::kErrors);
     Mm bad = times(row({1, 2}), row({1, 2, 3}));
     ASSERT_EQ(1u, rec.errors.size());
@@ -61,7 +59,6 @@ TEST(EngineEmpty, RulesComeBeforeScalarExpansion) {
     Mm eq0 = (e == e);
     EXPECT_VALUES(eq0, {1});
     EXPECT_TRUE(eq0.flags.logical);
-    EXPECT_VALUES(e == Mm(5.0), {0});
     EXPECT_VALUES(sum(e), {0});
     EXPECT_VALUES(prod(e), {1});
     EXPECT_VALUES(all(e), {1});
@@ -76,7 +73,6 @@ TEST(EngineBytes, ArithmeticWrapsModulo256) {
     EXPECT_EQ(ak_uchar, r.flags.type);
     EXPECT_VALUES(r, {44});
     EXPECT_VALUES(Mm(100.0) + a, {44});  // the double is cut to a byte first
-    EXPECT_VALUES(bytes({3}) - bytes({5}), {254});
     EXPECT_VALUES(times(bytes({16, 3}), bytes({17, 2})), {16, 6});  // the element loop wraps too
     EXPECT_VALUES(-bytes({1, 0}), {255, 0});
     EXPECT_VALUES(sum(bytes({200, 100, 1})), {45});
@@ -85,7 +81,6 @@ TEST(EngineBytes, ArithmeticWrapsModulo256) {
     EXPECT_EQ(ak_uchar, lt_r.flags.type);
     EXPECT_VALUES(lt_r, {1, 0});
     EXPECT_TRUE(lt_r.flags.logical);
-    EXPECT_VALUES(max(bytes({7, 9}), bytes({8, 8})), {8, 9});
     Mm idx;
     EXPECT_VALUES(max(bytes({4, 250, 250}), i_o, idx), {250});
     EXPECT_VALUES(idx, {2});
@@ -94,8 +89,6 @@ TEST(EngineBytes, ArithmeticWrapsModulo256) {
 TEST(EngineNaN, ComparisonsReductionsAndMaxIndex) {
     Mm n(nan_v);
     EXPECT_VALUES(n == n, {0});
-    EXPECT_VALUES(n != n, {1});
-    EXPECT_VALUES(lt(n, Mm(1.0)), {0});
     EXPECT_VALUES(any(n), {1});
     EXPECT_VALUES(all(row({nan_v, 1})), {1});
     EXPECT_VALUES(max(n, Mm(1.0)), {1});
@@ -106,8 +99,6 @@ TEST(EngineNaN, ComparisonsReductionsAndMaxIndex) {
     Mm idx;
     EXPECT_VALUES(max(row({1, 3, 3}), i_o, idx), {3});
     EXPECT_VALUES(idx, {2});  // the first of equals
-    EXPECT_VALUES(max(row({nan_v, 1}), i_o, idx), {1});
-    EXPECT_VALUES(idx, {2});
     EXPECT_VALUES(max(row({nan_v, nan_v})), {-inf_v});
     EXPECT_VALUES(max(Mm(nan_v)), {nan_v});  // a single element keeps its NaN
     // Along columns of a matrix, with the positions shaped like the result.
@@ -135,7 +126,7 @@ TEST(EngineNaN, ComparisonsReductionsAndMaxIndex) {
                  "max: two matrices to compare and a dimension are not supported");
 }
 
-TEST(EngineComplex, VariantsKeepRealOperandsReal) {
+TEST(EngineComplexAndFlags, VariantsComparisonsAndResultFlags) {
     Mm z = crow({1, 2}, {3, -4});
     Mm r = row({10, 20});
     Mm s = z + r;
@@ -146,9 +137,6 @@ TEST(EngineComplex, VariantsKeepRealOperandsReal) {
     Mm p = times(z, Mm(inf_v));  // real times complex scales each part: no 0 * Inf NaN
     EXPECT_VALUES(p, {inf_v, inf_v});
     EXPECT_EQ((std::vector<double>{inf_v, -inf_v}), im(p));
-    Mm q = times(z, z);
-    EXPECT_VALUES(q, {-8, -12});
-    EXPECT_EQ((std::vector<double>{6, -16}), im(q));
     Mm dc = rdivide(Mm(5.0), crow({1}, {2}));  // real a over a complex divisor
     EXPECT_VALUES(dc, {1});
     EXPECT_EQ(std::vector<double>{-2}, im(dc));
@@ -159,35 +147,27 @@ TEST(EngineComplex, VariantsKeepRealOperandsReal) {
     EXPECT_VALUES(dr0, {inf_v});
     EXPECT_EQ(std::vector<double>{0}, im(dr0));
     EXPECT_EQ(nullptr, abs(crow({3}, {4})).pi);
-    EXPECT_EQ((std::vector<double>{-3, 4}), im(conj(z)));
     Mm rr = row({1, 2});
     EXPECT_EQ(rr.pr, conj(rr).pr);  // a real conj is the same matrix
-}
-
-TEST(EngineComplex, ComparisonsUseRealPartsEqualityBothParts) {
+    // Comparisons use real parts only; equality uses both.
     Mm a = crow({1, 2}, {5, 0});
     Mm b = row({1, 3});
-    EXPECT_VALUES(lt(a, b), {0, 1});
-    EXPECT_VALUES(le(a, b), {1, 1});  // real parts only, whatever imaginary part remains
+    EXPECT_VALUES(le(a, b), {1, 1});
     EXPECT_VALUES(eq(a, b), {0, 0});
     EXPECT_VALUES(mand(crow({0}, {1}), Mm(1.0)), {1});  // a complex operand is true if either part is
-    EXPECT_EQ(nullptr, lt(a, b).pi);
-    EXPECT_TRUE(lt(a, b).flags.logical);
+    EXPECT_EQ(nullptr, le(a, b).pi);
     // The comparison drops a zero imaginary half on copies only.
-    Mm z = crow({1}, {0});
-    gt(z, Mm(0.0));
-    EXPECT_NE(nullptr, z.pi);
-}
+    Mm z1 = crow({1}, {0});
+    gt(z1, Mm(0.0));
+    EXPECT_NE(nullptr, z1.pi);
 
-TEST(EngineFlags, ResultsCarryNoOperandFlags) {
-    Mm s = TM("ab");
-    Mm r = s + Mm(1.0);
-    EXPECT_EQ(0, r.flags.str);
-    EXPECT_VALUES(r, {98, 99});
+    // Results carry no operand flags; assigning keeps the target's name.
+    Mm sr = TM("ab") + Mm(1.0);
+    EXPECT_EQ(0, sr.flags.str);
+    EXPECT_VALUES(sr, {98, 99});
     Mm l = row({1, 2}) > Mm(1.0);
     EXPECT_EQ(1, l.flags.logical);
     EXPECT_EQ(0, (l + Mm(1.0)).flags.logical);
-    EXPECT_EQ(0, sum(row({1})).flags.logical);
     Mm v(i_o, "v", 0);
     v = Mm(2.0) + Mm(3.0);
     EXPECT_VALUES(v, {5});
@@ -197,7 +177,6 @@ TEST(EngineFlags, ResultsCarryNoOperandFlags) {
 TEST(EngineRoutes, CellsObjectsAndUnsetVariables) {
     Mm c = Mm(0, 0, 0, 1, 2, ak_mm);
     EXPECT_ERROR(c + Mm(1.0), "Operation can not be performed on non-numerical datatypes");
-    EXPECT_ERROR(sum(c), "Operation can not be performed on non-numerical datatypes");
     Mm u(i_o, "u", 0);
     EXPECT_ERROR(u + Mm(1.0), "variable 'u' was used without a value");
     // With a handler that returns, the unset operand has no type to agree with.
@@ -213,7 +192,7 @@ Mm engine_test_plus(Mm a, Mm) { return a; }
 Mm engine_test_sin(Mm) { return Mm(42.0); }
 }  // namespace
 
-TEST(EngineRoutes, ObjectsGoToTheirClassMethods) {
+TEST(EngineRoutes, ObjectsInputCountsAndCodes) {
     // The registry is global: it is put back as it was at the end.
     std::unique_ptr<class_table_t> saved(new class_table_t(class_table));
     register_class_function("engine_test_cls", "plus", engine_test_plus);
@@ -227,15 +206,11 @@ TEST(EngineRoutes, ObjectsGoToTheirClassMethods) {
     EXPECT_VALUES(sin(obj), {42});
     EXPECT_ERROR(cos(obj), "class engine_test_cls has no method named cos");
     class_table = *saved;
-}
 
-TEST(EngineErrors, InputCountsCodesAndDomain) {
     EXPECT_ERROR(sin(), "sin does not accept 0 inputs");
     // A dimension code without a dimension, and a code out of range, reach no core.
-    EXPECT_ERROR(Mm(0, one_M, one_M, nop_M, op_sum, 0, l_M), "op_core: unknown op");
     EXPECT_ERROR(Mm(0, row({1, 2}), one_M, nop_M, static_cast<op_t>(150), 0, l_M), "op_core: unknown op");
     EXPECT_ERROR(Mm(0, row({1, 2}), one_M, one_M, op_plus, 1, l_M), "op_dims: wrong do_dim");
-    EXPECT_ERROR(lt(Mm(1.0)), "lt does not accept 1 input");
 
     Mm e = expint(row({-1}));
     ASSERT_NE(nullptr, e.pi);
@@ -245,8 +220,7 @@ TEST(EngineErrors, InputCountsCodesAndDomain) {
 TEST(EngineScalarFunctions, RemModRoundAndFriends) {
     EXPECT_VALUES(rem(Mm(0.3), Mm(0.1)), {0});  // rounding noise is absorbed
     EXPECT_VALUES(rem(row({-7, 5, 5}), row({3, 0, inf_v})), {-1, nan_v, nan_v});
-    EXPECT_VALUES(mod(row({-7, 5}), row({3, 0})), {2, nan_v});
-    EXPECT_VALUES(mod(Mm(7.0), Mm(-3.0)), {-2});
+    EXPECT_VALUES(mod(row({-7, 7}), row({3, -3})), {2, -2});
     EXPECT_VALUES(round(row({2.5, -2.5, 0.4})), {3, -3, 0});
     EXPECT_VALUES(sign(row({-3, 0, 2, nan_v})), {-1, 0, 1, nan_v});
     EXPECT_VALUES(pow2(Mm(3.0), Mm(2.0)), {12});
@@ -259,8 +233,7 @@ TEST(EngineBits, FamilyAndOperandChecks) {
     EXPECT_VALUES(mbitand(Mm(12.0), row({10, 6})), {8, 4});
     EXPECT_VALUES(bitget(Mm(5.0), row({1, 2, 3})), {1, 0, 1});
     EXPECT_VALUES(bitset(Mm(15.0), row({1, 2}), row({0, 1})), {14, 15});
-    EXPECT_VALUES(bitshift(Mm(1.0), row({3, -1})), {8, 0});
-    EXPECT_VALUES(bitshift(Mm(255.0), Mm(4.0), Mm(8.0)), {240});
+    EXPECT_VALUES(bitshift(Mm(255.0), row({4, -1}), Mm(8.0)), {240, 127});
     EXPECT_VALUES(bitcmp(bytes({5})), {250});
     EXPECT_ERROR(mbitand(Mm(-1.0), Mm(1.0)), "bitand: arguments must be non-negative integers below 2^53");
     EXPECT_ERROR(bitget(Mm(1.0), Mm(54.0)),
