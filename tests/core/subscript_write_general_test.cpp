@@ -22,7 +22,7 @@ Mm field(const Mm& s, int k, const char* name) {
 
 }  // namespace
 
-TEST(SubscriptWriteGeneral, ThreeDimensionalWrites) {
+TEST(SubscriptWriteGeneral, ThreeDimensionalWritesAndMessages) {
     // Growth of a 3-D array keeps every element at its subscripts.
     Mm c = counting(3, {2, 2, 2});
     c(3.0, 1.0, 1.0) = 9.0;
@@ -43,9 +43,8 @@ TEST(SubscriptWriteGeneral, ThreeDimensionalWrites) {
     p(2.0, 2.0, 1.0) = 7.0;
     EXPECT_EQ(D({2, 2, 2, 1, 1}), dims(p));
     EXPECT_EQ(V({1, 2, 3, 7}), values(p));
-}
 
-TEST(SubscriptWriteGeneral, ThreeDimensionalMessages) {
+    // Messages; the target is left as it was.
     Mm x = named(counting(3, {2, 2, 2}), "x");
     Mm k = named(Mm(9.0), "k"), z = named(Mm(0.0), "z");
     EXPECT_ERROR(
