@@ -30,7 +30,7 @@ TEST(EngineOps, EveryCodeHasANameAndASparseGroup) {
     EXPECT_STREQ("???", op_name(-1));
 }
 
-TEST(EngineShape, ScalarExpansionAndIncompatibleDimensions) {
+TEST(EngineShape, ScalarExpansionIncompatibleDimensionsAndEmpties) {
     Mm r = row({1, 2, 3}) + Mm(1.0);
     EXPECT_VALUES(r, {2, 3, 4});
     EXPECT_EQ((std::vector<int>{1, 3, 1, 1}), dims(r));
@@ -43,17 +43,7 @@ TEST(EngineShape, ScalarExpansionAndIncompatibleDimensions) {
     Mm cube = counting(3, d3) + Mm(0.5);
     EXPECT_EQ(3, cube.ndims);
     EXPECT_VALUES(cube, {1.5, 2.5, 3.5, 4.5});
-
-    Mm a(row({1, 2}), "a");
-    EXPECT_ERROR(a + row({1, 2, 3}), "plus: incompatible dimensions of: a, (temporary)");
-    ak_test::Recorder rec(ak_test::Recorder::kErrors);
-    Mm bad = times(row({1, 2}), row({1, 2, 3}));
-    ASSERT_EQ(1u, rec.errors.size());
-    EXPECT_EQ("times: incompatible dimensions of: (temporary), (temporary)", rec.errors[0]);
-    EXPECT_EQ(x_M.pr, bad.pr);  // a copy of x_M
-}
-
-TEST(EngineEmpty, RulesComeBeforeScalarExpansion) {
+    // Empty rules come before scalar expansion.
     Mm e;
     EXPECT_EQ(0, (e + Mm(5.0)).size());
     Mm eq0 = (e == e);
@@ -65,6 +55,14 @@ TEST(EngineEmpty, RulesComeBeforeScalarExpansion) {
     EXPECT_VALUES(any(e), {0});
     EXPECT_EQ(0, sum(e, Mm(1.0)).size());  // with a dimension given, empty stays empty
     EXPECT_EQ(0, max(e).size());
+
+    Mm a(row({1, 2}), "a");
+    EXPECT_ERROR(a + row({1, 2, 3}), "plus: incompatible dimensions of: a, (temporary)");
+    ak_test::Recorder rec(ak_test::Recorder::kErrors);
+    Mm bad = times(row({1, 2}), row({1, 2, 3}));
+    ASSERT_EQ(1u, rec.errors.size());
+    EXPECT_EQ("times: incompatible dimensions of: (temporary), (temporary)", rec.errors[0]);
+    EXPECT_EQ(x_M.pr, bad.pr);  // a copy of x_M
 }
 
 TEST(EngineBytes, ArithmeticWrapsModulo256) {
@@ -217,15 +215,13 @@ TEST(EngineRoutes, ObjectsInputCountsAndCodes) {
     EXPECT_NEAR(-M_PI, im(e)[0], 1e-14);
 }
 
-TEST(EngineScalarFunctions, RemModPow2Erf) {
+TEST(EngineScalarFunctions, RemModPow2ErfAndBits) {
     EXPECT_VALUES(rem(Mm(0.3), Mm(0.1)), {0});  // rounding noise is absorbed
     EXPECT_VALUES(rem(row({-7, 5, 5}), row({3, 0, inf_v})), {-1, nan_v, nan_v});
     EXPECT_VALUES(mod(row({-7, 7}), row({3, -3})), {2, -2});
     EXPECT_VALUES(pow2(Mm(3.0), Mm(2.0)), {12});
     EXPECT_NEAR(0.8427007929497149, re(erf(Mm(1.0)))[0], 1e-15);
-}
 
-TEST(EngineBits, FamilyAndOperandChecks) {
     EXPECT_VALUES(mbitand(Mm(12.0), row({10, 6})), {8, 4});
     EXPECT_VALUES(bitset(Mm(15.0), row({1, 2}), row({0, 1})), {14, 15});
     EXPECT_VALUES(bitshift(Mm(255.0), row({4, -1}), Mm(8.0)), {240, 127});
