@@ -38,6 +38,14 @@ constexpr long long max_elements = (static_cast<long long>(INT_MAX) - 64) / 16;
 
 std::size_t round8(std::size_t n) { return (n + 7) & ~static_cast<std::size_t>(7); }
 
+// A block of `bytes`: a kept 1x1 block when it is their size and one is kept.
+void* new_block(std::size_t bytes) {
+    void* block = ak_scalar_blocks.head;
+    if (!block || bytes != ak_scalar_capacity * 8 + 8) return ak_malloc(static_cast<unsigned>(bytes));
+    ak_scalar_blocks.head = *static_cast<void**>(block);
+    return block;
+}
+
 }  // namespace
 
 void* Mm::operator new(std::size_t size) noexcept { return ak_malloc_or_report(size); }
@@ -110,7 +118,7 @@ void Mm::storage_alloc(int complex, int sparse) {
         std::size_t half = static_cast<std::size_t>(p) * 8;
         std::size_t width = flags.type == ak_uchar ? 1 : 8;
         std::size_t data = round8(complex ? half + p * width : p * width);
-        char* block = static_cast<char*>(ak_malloc(static_cast<unsigned>(data + 8)));
+        char* block = static_cast<char*>(new_block(data + 8));
         pr = block;
         pi = (block && complex) ? block + half : nullptr;
         refs = block ? reinterpret_cast<int*>(block + data) : nullptr;
@@ -159,10 +167,7 @@ void Mm::storage_free() {
     refs = nullptr;
 }
 
-// Drops this head's share of its storage; true when it was the last one and the storage is gone.
-bool Mm::release_share() {
-    if (!refs) return false;
-    if (keep_scalar_block()) return true;
+bool Mm::drop_share() {
     if (multi_task) {
         if (__atomic_sub_fetch(refs, 1, __ATOMIC_ACQ_REL) != 0) return false;
     } else if (--*refs != 0) {
@@ -181,20 +186,13 @@ void Mm::end_variable() {
 }
 
 bool Mm::spill() const {
-    void* block = ak_scalar_blocks.head;
-    if (block)
-        ak_scalar_blocks.head = *static_cast<void**>(block);
-    else
-        block = ak_malloc(ak_scalar_capacity * 8 + 8);  // the block storage_alloc gives a 1x1
-    if (!block) {
-        error("Out of memory!");
-        return false;
-    }
-    *static_cast<double*>(block) = *static_cast<const double*>(pr);
-    p = ak_scalar_capacity;
-    pr = block;
-    refs = reinterpret_cast<int*>(static_cast<char*>(block) + ak_scalar_capacity * 8);
-    *refs = 1;
+    Mm storage(0, 0, 0, 1, 1, ak_double);
+    if (storage.nnz != 1) return false;  // out of memory was reported
+    *static_cast<double*>(storage.pr) = *static_cast<const double*>(pr);
+    p = storage.p;
+    pr = storage.pr;
+    refs = storage.refs;
+    storage.refs = nullptr;  // the storage now belongs to this head
     shadowed = nullptr;
     return true;
 }

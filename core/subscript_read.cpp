@@ -12,20 +12,9 @@ using namespace ak_internal;
 namespace ak_internal {
 
 void adopt_head(Mm& dst, Mm& src) {
-    dst.ndims = src.ndims;
-    for (int k = 0; k < 4; ++k) dst.dims[k] = src.dims[k];
-    dst.p = src.p;
-    dst.refs = src.refs;
-    dst.pr = src.pr;
-    dst.pi = src.pi;
-    dst.nnz = src.nnz;
-    dst.index = src.index;
+    dst.copy_value_fields(src);
     dst.name = nullptr;
-    dst.fields = src.fields;
-    dst.nfields = src.nfields;
-    dst.classid = src.classid;
     dst.shadowed = nullptr;
-    dst.flags = src.flags;
     if (src.holds_value()) {
         dst.shadowed = src.shadowed;
         dst.pr = &dst.shadowed;

@@ -185,6 +185,8 @@ class Mm {
     Mm& mr(int row, int col) const;
 
     // ---- copying and complexity ---------------------------------------------------------------
+    // Every field of s but the name and the scope link, sharing its storage without counting it.
+    void copy_value_fields(const Mm& s);
     void deepcopy(int complex, int sparse, const Mm& src, ak_matrix_types type);
     void deepcopy(int complex, const Mm& src, ak_matrix_types type);
     void deepcopy(const Mm& src, ak_matrix_types type);
@@ -232,12 +234,11 @@ class Mm {
 
   private:
     bool spill() const;  // moves a value held in the head to a block; false when out of memory
-    // Every field of s but the name and the scope link, sharing its storage without counting it.
-    void copy_value_fields(const Mm& s);
     void init_empty();
     void read_reference(const Mr& ref, int report);  // every read but the common scalar x(k)
     bool keep_scalar_block();
-    bool release_share();
+    bool release_share();  // drops this head's share; true when it was the last one
+    bool drop_share();     // the same for storage that is not kept
     void end_variable();
     void init_head(int nd, ak_matrix_types type);
     void set_full_shape(int nd, const int* d, long long limit);
@@ -395,6 +396,11 @@ AK_SCALAR_PATH bool Mm::keep_scalar_block() {
     return true;
 }
 
+AK_SCALAR_PATH bool Mm::release_share() {
+    if (!refs) return false;
+    return keep_scalar_block() || drop_share();
+}
+
 AK_SCALAR_PATH Mm& Mm::operator=(Mm&& src) {
     const bool own_storage = holds_value() || (refs && __atomic_load_n(refs, __ATOMIC_RELAXED) == 1);
     if (!src.holds_value() || !own_storage || flags.type != ak_double || flags.sparse || pi || fields)
@@ -418,5 +424,5 @@ AK_SCALAR_PATH Mm::~Mm() {
         return;
     }
     ndims = -1;
-    if (refs && !keep_scalar_block()) release_share();
+    release_share();
 }
