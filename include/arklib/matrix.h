@@ -260,10 +260,10 @@ inline void ak_ref_raise(int* refs) {
 // Translated scalar code makes and drops a 1x1 temporary for nearly every operation; those hold their
 // values in their heads (see init_scalar). A 1x1 with storage of its own, such as a copy of a held
 // value or a scalar made by the general code, has a block of the storage rule: capacity 9, 72 bytes of
-// elements, then the count. When its last head goes, the block is kept on this list, and the next
-// copy of a held value takes it back without a trip through the allocator. The allocator takes the
-// kept blocks back into its own list of blocks of that size before it grows that list, so keeping
-// them never costs memory.
+// elements, then the count. When its last head goes, the block is kept on this list, and
+// storage_alloc hands it out again for the next block of that size without a trip through the
+// allocator. The allocator takes the kept blocks back into its own list of blocks of that size before
+// it grows that list, so keeping them never costs memory.
 struct ak_scalar_block_list {
     void* head;  // first kept block; the first 8 bytes of each hold the next
     // How far the count of a block that is kept lies past its elements: 72 while blocks are kept, and
