@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "arklib/arith.h"
+#include "arklib/builtins.h"
 #include "arklib/calling.h"
 #include "arklib/sort.h"
 #include "arklib/sparse.h"
@@ -15,6 +16,7 @@ using ak_internal::logical_result;
 
 Mm sum(const Mm& a) { return along(has_pi(a), a, zero_M, zero_M, op_sum); }
 Mm sum(const Mm& a, const Mm& dim) { return along(has_pi(a), a, zero_M, dim, op_sum); }
+AK_BUILTIN("sum", AK_FN(sum, const Mm&), AK_FN(sum, const Mm&, const Mm&));
 Mm prod(const Mm& a) { return along(has_pi(a), a, zero_M, zero_M, op_prod); }
 Mm prod(const Mm& a, const Mm& dim) { return along(has_pi(a), a, zero_M, dim, op_prod); }
 Mm cumsum(const Mm& a) { return along(has_pi(a), a, zero_M, zero_M, op_cumsum); }
@@ -58,6 +60,8 @@ Mm max(const Mm& a, i_o_t, Mm& index) { return extreme(a, zero_M, op_max_1, inde
 Mm max(const Mm& a, const Mm& b, const Mm& dim, i_o_t, Mm& index) {
     return extreme3(a, b, dim, op_max_1, index, "max");
 }
+AK_BUILTIN("max", AK_FN(max, const Mm&), AK_FN(max, const Mm&, const Mm&), AK_FN(max, const Mm&, const Mm&, const Mm&),
+           AK_FN(max, const Mm&, i_o_t, Mm&), AK_FN(max, const Mm&, const Mm&, const Mm&, i_o_t, Mm&));
 Mm min(const Mm& a) { return extreme(a, zero_M, op_min_1, l_M); }
 Mm min(const Mm& a, const Mm& b) { return element(has_pi(a, b), a, b, op_min_2); }
 Mm min(const Mm& a, const Mm& b, const Mm& dim) { return extreme3(a, b, dim, op_min_1, l_M, "min"); }

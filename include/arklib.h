@@ -20,3 +20,4 @@
 #include "arklib/elementary.h"
 #include "arklib/format.h"
 #include "arklib/display.h"
+#include "arklib/builtins.h"
