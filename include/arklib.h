@@ -21,3 +21,4 @@
 #include "arklib/format.h"
 #include "arklib/display.h"
 #include "arklib/builtins.h"
+#include "arklib/hooks.h"
