@@ -6,6 +6,7 @@
 #include "arklib/arith.h"
 #include "arklib/calling.h"
 #include "arklib/cells.h"
+#include "algebra/sparse_walk.h"
 #include "arklib/sparse.h"
 #include "core/arith_internal.h"
 
@@ -29,6 +30,15 @@ void gemm(int m, int n, int k, double alpha, const double* a, const double* b, d
 Mm as_full_double(const Mm& m) {
     Mm f = full(m);
     if (f.flags.type != ak_double) f.deepcopy(0, 0, m, ak_double);
+    return f;
+}
+
+// An operand of a product with a sparse factor: sparse operands are doubles already, bytes are
+// widened.
+Mm as_double(const Mm& m) {
+    if (m.flags.sparse || m.flags.type == ak_double) return m;
+    Mm f;
+    f.deepcopy(0, 0, m, ak_double);
     return f;
 }
 
@@ -66,10 +76,10 @@ Mm mtimes(const Mm& a, const Mm& b) {
         error("%s: incompatible dimensions of: %s, %s", "mtimes", display_name(a), display_name(b));
         return x_M;
     }
-    Mm c = product(as_full_double(a), as_full_double(b));
+    Mm c = (a.flags.sparse || b.flags.sparse) ? ak_internal::sparse_mtimes(as_double(a), as_double(b))
+                                              : product(as_full_double(a), as_full_double(b));
     // Bytes multiply modulo 256, as in the element-wise product.
     if (a.flags.type == ak_uchar || b.flags.type == ak_uchar) c.deepcopy(0, 0, c, ak_uchar);
-    if (a.flags.sparse && b.flags.sparse) return sparse(c);
     return c;
 }
 
@@ -92,27 +102,12 @@ void transpose_block(const T* from, T* to, int m, int n) {
     }
 }
 
-Mm transpose_sparse(const Mm& a) {
-    const int m = a.dims[0], n = a.dims[1];
-    Mm t(a.pi != nullptr, 1, a.nnz, n, m, ak_double);
-    for (int k = 0; k < a.nnz && k < t.nnz; ++k) {
-        int pos = a.index[k];
-        int row = pos % (m ? m : 1), col = pos / (m ? m : 1);
-        t.index[k] = col + row * n;
-        t.addr()[k] = a.addr()[k];
-        if (a.pi) t.addi()[k] = a.addi()[k];
-    }
-    t.sort();
-    t.flags.logical = a.flags.logical;
-    return t;
-}
-
 Mm transpose_of(const Mm& a, const char* name, bool conjugate) {
     a.warn_uninit();
     if (a.classid) return call_class_function(name, a);
     if (error_2d(a, name)) return x_M;
     if (a.flags.sparse) {
-        Mm t = transpose_sparse(a);
+        Mm t = ak_internal::sparse_transpose(a);
         if (conjugate && t.pi)
             for (int k = 0; k < t.nnz; ++k) t.addi()[k] = -t.addi()[k];
         return t;

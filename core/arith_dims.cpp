@@ -36,7 +36,7 @@ namespace {
 Mm extreme(const Mm& a, const Mm& dim, op_t op, Mm& index) {
     Mm r(has_pi(a), a, zero_M, dim, op, 1, index);
     // Nothing was found in an empty matrix: its positions are empty too.
-    if (r.nnz == 0 && !is_lM(index)) index = Mm();
+    if (r.size() == 0 && !is_lM(index)) index = Mm();
     return r;
 }
 

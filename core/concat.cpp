@@ -1,8 +1,9 @@
 // Concatenation: cat, horzcat, vertcat.
 #include <cmath>
 #include <cstring>
-#include <initializer_list>
+#include <vector>
 
+#include "algebra/sparse_walk.h"
 #include "arklib/cells.h"
 #include "arklib/list.h"
 #include "arklib/sparse.h"
@@ -34,25 +35,41 @@ void finish_flags(Mm& r, const Mm& a, const Mm& b) {
     r.flags.logical = a.flags.logical && b.flags.logical;
 }
 
-// Joins two sparse matrices: entries are placed by row and column in the new shape, then sorted.
+// The position of each entry of a sparse part in the joined matrix of `rows` rows, shifted by
+// (row_off, col_off); ascending, as the part's own positions are.
+std::vector<int> joined_positions(const Mm& part, int rows, int row_off, int col_off) {
+    std::vector<int> out(static_cast<std::size_t>(part.nnz));
+    ak_internal::column_cursor at(part.dims[0]);
+    for (int k = 0; k < part.nnz; ++k) {
+        int row = at.row(part.index[k]);
+        out[k] = static_cast<int>((static_cast<long long>(at.col) + col_off) * rows + row + row_off);
+    }
+    return out;
+}
+
+// Joins two sparse matrices: the entries of both, placed in the new shape, merged in position order.
 Mm join_sparse(const Mm& a, const Mm& b, bool horizontal) {
     int complex = a.pi || b.pi;
     int rows = horizontal ? a.dims[0] : a.dims[0] + b.dims[0];
     int cols = horizontal ? a.dims[1] + b.dims[1] : a.dims[1];
     Mm r(complex, 1, a.nnz + b.nnz, rows, cols, ak_double);
-    int n = 0;
-    for (const Mm* part : {&a, &b}) {
-        int row_off = (!horizontal && part == &b) ? a.dims[0] : 0;
-        int col_off = (horizontal && part == &b) ? a.dims[1] : 0;
-        int prow = part->dims[0] > 0 ? part->dims[0] : 1;
-        for (int k = 0; k < part->nnz && n < r.nnz; ++k, ++n) {
-            int pos = part->index[k];
-            r.index[n] = (pos / prow + col_off) * rows + pos % prow + row_off;
-            r.addr()[n] = part->addr()[k];
-            if (complex) r.addi()[n] = part->pi ? part->addi()[k] : 0.0;
+    std::vector<int> pa = joined_positions(a, rows, 0, 0);
+    std::vector<int> pb = joined_positions(b, rows, horizontal ? 0 : a.dims[0], horizontal ? a.dims[1] : 0);
+    auto put = [&](int n, const Mm& part, int k, int pos) {
+        r.index[n] = pos;
+        r.addr()[n] = part.addr()[k];
+        if (complex) r.addi()[n] = part.pi ? part.addi()[k] : 0.0;
+    };
+    int i = 0, j = 0;
+    for (int n = 0; n < r.nnz; ++n) {
+        if (j >= b.nnz || (i < a.nnz && pa[i] < pb[j])) {
+            put(n, a, i, pa[i]);
+            ++i;
+        } else {
+            put(n, b, j, pb[j]);
+            ++j;
         }
     }
-    r.sort();
     return r;
 }
 

@@ -64,9 +64,11 @@ inline bool scalar_result(op_t op, double x, double y, double& r) {
     }
 }
 
+}  // namespace
+
 // The dimension held by `dim`: its first element truncated to an int, held within the int range;
 // -1 when it has no element.
-int read_dim(const Mm& dim) {
+int ak_internal::read_dim(const Mm& dim) {
     if (dim.nnz < 1 || !dim.pr) return -1;
     double v;
     if (dim.flags.type == ak_double)
@@ -80,6 +82,8 @@ int read_dim(const Mm& dim) {
     if (v <= -2147483647.0) return -INT_MAX;
     return static_cast<int>(v);
 }
+
+namespace {
 
 Mm real_scalar(double v) {
     Mm r(0, 0, 0, 1, 1, ak_double);

@@ -39,6 +39,12 @@ void dim_core_uchar(const Mm& a, const Mm& b, Mm& r, op_t op, const dim_geometry
 
 // The engine on sparse operands.
 Mm sparse_engine(int complex, Mm a, Mm b, const Mm& dim, op_t op, int do_dim, Mm& extra);
+// Sums, products, truth tests, extremes and running forms of a sparse `a` along dimension d (as
+// read from the dim argument), computed on its entries. False for every case it leaves to the
+// full route: other operations, bad dimensions, matrices of fewer than two elements.
+bool sparse_dim_operation(int complex, const Mm& a, int d, op_t op, Mm& extra, Mm& result);
+// The dimension held by a dim argument: its first element truncated to an int; -1 when it has none.
+int read_dim(const Mm& dim);
 
 // Byte of a double: truncated towards zero, low byte kept, non-finite values give 0.
 inline unsigned char byte_of(double v) {

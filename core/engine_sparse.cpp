@@ -1,5 +1,6 @@
 // The engine on sparse operands. Functions with f(0) = 0 work on the stored values only; a product
-// with a scalar scales the stored values; operations that are zero where both operands are zero run
+// with a scalar scales the stored values, and so does any operation with a scalar s for which
+// f(0, s) = 0 (a > 0, a ./ 2, max(a, 0)); operations that are zero where both operands are zero run
 // on the union of the stored positions; everything else is computed in full and made sparse again.
 #include <cstring>
 
@@ -105,6 +106,45 @@ Mm on_union(int complex, const Mm& a0, const Mm& b0, op_t op, Mm& extra) {
     return sparse_from_values(r, u, shape->ndims, shape->dims);
 }
 
+// The two-operand operations whose value at a zero is worth testing against a scalar: when
+// op(0, s) is 0, a sparse operand with the scalar s needs work on its stored values only. Each of
+// them gives a value for every pair of numbers without reporting anything.
+bool zero_probe_applies(op_t op) {
+    switch (op) {
+        case op_lt:
+        case op_gt:
+        case op_le:
+        case op_ge:
+        case op_eq:
+        case op_ne:
+        case op_and:
+        case op_or:
+        case op_xor:
+        case op_max_2:
+        case op_min_2:
+        case op_rdivide:
+        case op_ldivide:
+        case op_power:
+        case op_rem:
+        case op_mod:
+        case op_atan2:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Whether op(0, s) (op(s, 0) when the scalar comes first) is exactly 0 in both halves.
+bool zero_stays_zero(int complex, const Mm& scalar, bool scalar_first, op_t op) {
+    Mm none;
+    Mm s = full(scalar);
+    Mm r = scalar_first ? Mm(complex, s, zero_M, nop_M, op, 0, none) : Mm(complex, zero_M, s, nop_M, op, 0, none);
+    if (r.nnz != 1 || r.flags.sparse) return false;
+    if (r.flags.type == ak_uchar) return *static_cast<const unsigned char*>(r.pr) == 0;
+    if (r.flags.type != ak_double) return false;
+    return r.addr()[0] == 0.0 && (!r.pi || r.addi()[0] == 0.0);
+}
+
 }  // namespace
 
 namespace ak_internal {
@@ -116,9 +156,13 @@ Mm sparse_engine(int complex, Mm a, Mm b, const Mm& dim, op_t op, int do_dim, Mm
     if (!empty && !do_dim) {
         if (stored_scalar(b) && a.size() != 1) {
             if (group == sg_product) return on_stored_values(complex, sparse(a), full(b), true, op, extra);
+            if (a.flags.sparse && zero_probe_applies(op) && zero_stays_zero(complex, b, false, op))
+                return on_stored_values(complex, a, full(b), true, op, extra);
             if (group == sg_union) group = sg_full_element;
         } else if (stored_scalar(a) && b.size() != 1) {
             if (group == sg_product) return on_stored_values(complex, sparse(b), full(a), false, op, extra);
+            if (b.flags.sparse && zero_probe_applies(op) && zero_stays_zero(complex, a, true, op))
+                return on_stored_values(complex, b, full(a), false, op, extra);
             if (group == sg_union) group = sg_full_element;
         }
     }
@@ -126,6 +170,10 @@ Mm sparse_engine(int complex, Mm a, Mm b, const Mm& dim, op_t op, int do_dim, Mm
         return on_stored_values(complex, a, b, true, op, extra);
     if (!empty && !do_dim && (group == sg_union || group == sg_product))
         return on_union(complex, a, b, op, extra);
+    if (do_dim && a.flags.sparse && !b.flags.sparse) {
+        Mm r;
+        if (sparse_dim_operation(complex, a, read_dim(dim), op, extra, r)) return r;
+    }
     // The full groups, and every operation on an empty operand.
     Mm r(complex, full(a), full(b), dim, op, do_dim, extra);
     return sparse(r);
