@@ -358,12 +358,12 @@ namespace {
 // A row vector (first size 1) is sorted along its length: seen as a column, then given back its shape.
 Mm as_column(const Mm& x) {
     Mm c = x;
-    if (x.dims[0] == 1 && x.nnz > 0) c.reshape(x.nnz, 1);
+    if (x.dims[0] == 1 && x.size() > 0) c.reshape(x.size(), 1);  // size: a sparse row stores fewer
     return c;
 }
 
 void reshape_like(Mm& m, const Mm& x) {
-    if (m.nnz == x.nnz && m.nnz > 0) m.reshape(x.ndims, x.dims);
+    if (m.size() == x.size() && m.size() > 0) m.reshape(x.ndims, x.dims);
 }
 
 }  // namespace

@@ -176,7 +176,7 @@ Mm sparse_identity(const char* fname, int count, const Mm* const args[]) {
     Mm r = sparse_of_shape(0, diagonal, rows, cols);
     if (r.nnz != diagonal) return r;  // reported
     for (int k = 0; k < diagonal; ++k) {
-        r.index[k] = k * (rows + 1);
+        r.index[k] = static_cast<int>(k * (rows + 1LL));
         r.addr()[k] = 1.0;
     }
     return r;

@@ -1,6 +1,7 @@
 // Functions on sparse matrices: column orderings, a user function on the entries, random sparse
 // matrices, and the forms that only report their input count.
 #include <cmath>
+#include <memory>
 
 #include "algebra/sparse_internal.h"
 #include "arklib/calling.h"
@@ -8,6 +9,7 @@
 #include "arklib/random.h"
 #include "arklib/sort.h"
 #include "arklib/sparse.h"
+#include "core/matrix_internal.h"
 
 using namespace ak_internal;
 
@@ -95,12 +97,12 @@ Mm colperm(const Mm& s0) {
     if (error_2d(s0, "colperm")) return x_M;
     Mm s = sparse(s0);
     if (!s.flags.sparse) return x_M;  // reported
-    int* jc = getJc(s);
+    // The list is freed on every way out: making count may report, and the report may throw.
+    std::unique_ptr<int, ak_internal::c_heap_free> jc(getJc(s));
     if (!jc) return x_M;
     int cols = s.dims[1];
     Mm count(0, 0, 0, 1, cols, ak_double);
-    for (int c = 0; c < count.nnz; ++c) count.addr()[c] = jc[c + 1] - jc[c];
-    freeIrJc(nullptr, jc);
+    for (int c = 0; c < count.nnz; ++c) count.addr()[c] = jc.get()[c + 1] - jc.get()[c];
     // sort is stable: columns of equal count keep their order.
     Mm sorted, order;
     sort(count, i_o, sorted, order);

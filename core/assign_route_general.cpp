@@ -3,6 +3,7 @@
 // route.
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "arklib/sparse.h"
 #include "arklib/subscript.h"
@@ -59,9 +60,16 @@ Mr reference_on(Mr_idx_type type, const Mm& base, int n, const Mm* const* ix) {
 
 // Dimensions of the target once it holds every position the walk saw (maxseen). A single index grows
 // the vector's long dimension (the second of an empty target or a scalar); several indices grow each
-// place. False after reporting growth of a last place that stands for several dimensions.
+// place. False after reporting growth of a last place that stands for several dimensions, or a
+// position past the largest element count (INT_MAX stands for every index of 2^31 and above).
 bool grown_dims(const Mr& r, const Mm& x, const index_odometer& o, int& nd, int* d) {
     const int n = r.n;
+    for (int k = 0; k < (n < 1 ? 1 : n); ++k) {
+        if (o.maxseen[k] == INT_MAX) {
+            error("Out of memory!");
+            return false;
+        }
+    }
     nd = x.ndims;
     for (int k = 0; k < 4; ++k) d[k] = x.dims[k];
     const int N = x.size();
@@ -332,9 +340,10 @@ void general_delete(Mm& x, const Mr& r) {
         for (int k = 0; k < q && n > 1; ++k) stride *= x.dims[k];
         const int E = n == 1 ? N : place_extent(x, n, q);
         const long long outer = stride * E > 0 ? N / (stride * E) : 0;
-        ak_scratch<unsigned char> keep(E > 0 ? E : 1);
-        if (!keep.get()) return;
-        std::memset(keep.get(), 1, E > 0 ? E : 1);
+        // The slices that go, ascending and each once: a list as long as the index, never as long
+        // as the place (a sparse row may have 2^31 - 1 columns).
+        std::vector<int> gone;
+        gone.reserve(total);
         index_odometer walk;
         start_walk(walk, extent);
         int last = 0;
@@ -342,11 +351,12 @@ void general_delete(Mm& x, const Mr& r) {
             last = next_linear_index(r, x, walk, 1, 1);
             if (last < 0) continue;
             const int slice = n == 1 ? last : walk.position[q];
-            if (slice < E) keep[slice] = 0;  // positions past the end delete nothing
+            if (slice < E) gone.push_back(slice);  // positions past the end delete nothing
         }
-        int kept = 0;
-        for (int k = 0; k < E; ++k) kept += keep[k];
-        if (kept == E) {
+        std::sort(gone.begin(), gone.end());
+        gone.erase(std::unique(gone.begin(), gone.end()), gone.end());
+        const int kept = E - static_cast<int>(gone.size());
+        if (gone.empty()) {
             if (last < 0) warning("possible memory overwrite");
             return;
         }
@@ -364,21 +374,17 @@ void general_delete(Mm& x, const Mr& r) {
             }
         }
         if (x.flags.sparse) {
-            ak_scratch<int> before(E);
-            if (!before.get()) return;
-            for (int k = 0, c = 0; k < E; ++k) {
-                before[k] = c;
-                c += keep[k];
-            }
             result = Mm(complex, 1, x.nnz, nd, d, ak_double);
             if (result.p < x.nnz + 8 || !result.index) return;
             int count = 0;
             for (int e = 0; e < x.nnz; ++e) {
                 const long long p = x.index[e];
                 const int slice = static_cast<int>((p / stride) % E);
-                if (!keep[slice]) continue;
+                const auto at = std::lower_bound(gone.begin(), gone.end(), slice);
+                if (at != gone.end() && *at == slice) continue;
+                const long long before = slice - (at - gone.begin());  // kept slices ahead of it
                 const long long o = p / (stride * E);
-                result.index[count] = static_cast<int>((o * kept + before[slice]) * stride + p % stride);
+                result.index[count] = static_cast<int>((o * kept + before) * stride + p % stride);
                 result.addr()[count] = x.addr()[e];
                 if (complex) result.addi()[count] = x.addi()[e];
                 ++count;
@@ -386,6 +392,10 @@ void general_delete(Mm& x, const Mr& r) {
             result.nnz = count;
         } else {
             if (!fresh_matrix(x, complex, nd, d, result)) return;
+            ak_scratch<unsigned char> keep(E);
+            if (!keep.get()) return;
+            std::memset(keep.get(), 1, E);
+            for (int slice : gone) keep[slice] = 0;
             int to = 0;
             for (long long o = 0; o < outer; ++o) {
                 for (int s = 0; s < E; ++s) {

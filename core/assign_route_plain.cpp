@@ -54,7 +54,7 @@ namespace {
 // plain scalar indices inside x. False for everything else, which takes the full route.
 inline bool plain_scalar(const Mm& x, const Mm& y) {
     return x.flags.type == ak_double && y.flags.type == ak_double && y.nnz == 1 && !y.pi && !y.flags.sparse &&
-           !x.pi && !x.flags.sparse && x.refs && *x.refs == 1;
+           !x.pi && !x.flags.sparse && x.refs && ak_ref_count(x.refs) == 1;
 }
 inline bool scalar_index(const Mm& i) {
     return i.nnz == 1 && i.flags.type == ak_double && !i.flags.logical && !i.flags.sparse;
@@ -167,7 +167,7 @@ void delete_one(Mm& x, const Mm& ix) {
         for (int k = 0; k < m; ++k) {
             const int p = index_position(v[k]);
             if (p < 0) {
-                error("%s(%d): index is non-positive", display_name(x), p + 1);
+                error("%s(%s): index is non-positive", display_name(x), index_value_text(v[k]).text);
                 return;
             }
             if (p < N && keep[p]) {
@@ -222,6 +222,10 @@ void write_one(Mm& x, const Mm& y, const Mm& ix, const Mm& iname) {
             return;
         }
         M = hi;
+    }
+    if (M == INT_MAX) {  // 2^31 and above: no matrix has that many elements
+        error("Out of memory!");
+        return;
     }
     // Written past its end by one index, a matrix becomes a row, or a column unless it had one row.
     int nd = x.ndims;
@@ -367,6 +371,10 @@ void write_two(Mm& x, const Mm& y, const Mm& I, const Mm& J, bool rowc, bool col
     if (!place_needs(J, colc, nc, C, newC)) {
         message_names nm(x, iname, jname, y);
         error("%s(%s,%s)=%s: col index is non-positive", nm.s[0], nm.s[1], nm.s[2], nm.s[3]);
+        return;
+    }
+    if (newR == INT_MAX || newC == INT_MAX) {  // 2^31 and above: no matrix is that large
+        error("Out of memory!");
         return;
     }
     if (newR != R || newC != C || x.dirty()) {

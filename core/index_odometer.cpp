@@ -1,9 +1,29 @@
 // The index walk shared by subscript reads and assignments.
 #include "core/index_odometer.h"
 
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
 #include "arklib/subscript.h"
 
 namespace ak_internal {
+
+index_value_text::index_value_text(double v) {
+    if (std::isnan(v)) {
+        std::strcpy(text, "NaN");
+    } else if (std::isinf(v)) {
+        std::strcpy(text, v > 0 ? "Inf" : "-Inf");
+    } else {
+        const double shown = std::trunc(v - 1.0) + 1.0;
+        if (std::fabs(shown) < 9e18)
+            std::snprintf(text, sizeof text, "%lld", static_cast<long long>(shown));
+        else
+            std::snprintf(text, sizeof text, "%.17g", shown);
+    }
+}
+
+index_value_text::index_value_text(long long shown) { std::snprintf(text, sizeof text, "%lld", shown); }
 
 int logical_count(const Mm& index) {
     if (index.flags.sparse) return index.nnz;
@@ -88,6 +108,16 @@ int place_position(const Mm& ix, int counter, int current, bool wrapped) {
 // temporary's "=%d" text lives in one static buffer, and the leftmost one formatted is what shows.
 const char* index_name(const Mr& r, int k) { return r.n >= 1 ? display_name(*r.idx[k]) : ":"; }
 
+// The value of place k that the walk stands on, as the user gave it.
+index_value_text place_value(const Mr& r, int k, const index_odometer& o) {
+    if (r.n >= 1) {
+        const Mm& ix = *r.idx[k];
+        if (!is_colon(ix) && !ix.flags.logical && ix.flags.type == ak_double)
+            return index_value_text(static_cast<const double*>(ix.pr)[o.counter[k]]);
+    }
+    return index_value_text(static_cast<long long>(o.position[k]) + 1);
+}
+
 }  // namespace
 
 int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growing, int report) {
@@ -108,8 +138,8 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
         if (pos < 0) {
             if (report) {
                 const char* bname = display_name(base);
-                error("index %s out of matrix %s. Index value was %d which is not positive.",
-                      index_name(r, k), bname, pos + 1);
+                error("index %s out of matrix %s. Index value was %s which is not positive.",
+                      index_name(r, k), bname, place_value(r, k, o).text);
             }
             return -1;
         }
@@ -120,9 +150,9 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
                     if (report) {
                         const char* bname = display_name(base);
                         error(
-                            "Index %s out of matrix %s. Index value was %d however the indexed matrix has "
+                            "Index %s out of matrix %s. Index value was %s however the indexed matrix has "
                             "only %d elements.",
-                            index_name(r, k), bname, pos + 1, size);
+                            index_name(r, k), bname, place_value(r, k, o).text, size);
                     }
                     return -1;
                 }
@@ -130,9 +160,9 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
                     if (report) {
                         const char* bname = display_name(base);
                         error(
-                            "Index %s out of vector %s. Index value was %d however the indexed vector has "
+                            "Index %s out of vector %s. Index value was %s however the indexed vector has "
                             "only %d elements.",
-                            index_name(r, k), bname, pos + 1, size);
+                            index_name(r, k), bname, place_value(r, k, o).text, size);
                     }
                     return -1;
                 }
@@ -143,9 +173,9 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
                 if (report) {
                     const char* bname = display_name(base);
                     error(
-                        "Index %s out of matrix %s. Index value was %d however the indexed matrix has %d "
+                        "Index %s out of matrix %s. Index value was %s however the indexed matrix has %d "
                         "elements in this dimension.",
-                        index_name(r, k), bname, pos + 1, extent);
+                        index_name(r, k), bname, place_value(r, k, o).text, extent);
                 }
                 return -1;
             }

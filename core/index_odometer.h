@@ -8,12 +8,23 @@
 namespace ak_internal {
 
 // Zero-based position of an index value: 1 is subtracted and the rest truncated toward zero, so
-// 2.7 is position 1, 0.5 position 0 and 0 position -1. NaN and values beyond the int range give
-// INT_MIN, which every range check rejects.
+// 2.7 is position 1, 0.5 position 0 and 0 position -1. NaN and values below the int range give
+// INT_MIN; values of 2^31 and above give INT_MAX, a position no matrix holds (its element count
+// would not fit an int), so every range check rejects both and a growing write can tell the one
+// that is too large.
 inline int index_position(double v) {
     double t = v - 1.0;
-    return (t > -2147483649.0 && t < 2147483648.0) ? static_cast<int>(t) : INT_MIN;
+    if (t > -2147483649.0 && t < 2147483647.0) return static_cast<int>(t);
+    return t >= 2147483647.0 ? INT_MAX : INT_MIN;
 }
+
+// The index value a message shows: what the user gave, as position + 1 (so 2.7 shows 2), whole
+// beyond the int range too; NaN and the infinities by name.
+struct index_value_text {
+    char text[32];
+    explicit index_value_text(double v);
+    explicit index_value_text(long long shown);
+};
 
 // Number of nonzero elements of a logical index (the stored count of a sparse one).
 int logical_count(const Mm& index);

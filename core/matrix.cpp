@@ -33,8 +33,7 @@ void ak_internal::release_scalar_blocks() {
 
 namespace {
 
-// Largest element count a matrix may hold: its byte size must stay representable for ak_malloc.
-constexpr long long max_elements = (static_cast<long long>(INT_MAX) - 64) / 16;
+using ak_internal::max_elements;
 
 std::size_t round8(std::size_t n) { return (n + 7) & ~static_cast<std::size_t>(7); }
 
@@ -350,14 +349,15 @@ const char* display_name(const Mm& m) {
     if (m.ndims >= 2 && m.size() == 1 && m.flags.type == ak_double && !m.flags.sparse && m.pr) {
         static char buffer[32];
         double v = *static_cast<const double*>(m.pr);
-        int shown = 0;
-        if (v >= INT_MAX)
-            shown = INT_MAX;
-        else if (v <= INT_MIN)
-            shown = INT_MIN;
+        // Whole, also beyond the int range (an index of 3e9 is named "=3000000000").
+        long long shown = 0;
+        if (v >= 9e18)
+            shown = LLONG_MAX;
+        else if (v <= -9e18)
+            shown = LLONG_MIN;
         else if (v == v)
-            shown = static_cast<int>(v);
-        std::snprintf(buffer, sizeof buffer, "=%d", shown);
+            shown = static_cast<long long>(v);
+        std::snprintf(buffer, sizeof buffer, "=%lld", shown);
         return buffer;
     }
     return "(temporary)";

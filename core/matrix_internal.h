@@ -1,10 +1,22 @@
 // Helpers shared by the matrix core's own files.
 #pragma once
+#include <climits>
 #include <cmath>
+#include <cstdlib>
+#include <memory>
 
 #include "arklib/matrix.h"
 
 namespace ak_internal {
+
+// Largest element count a matrix may hold: its byte size must stay representable for ak_malloc.
+constexpr long long max_elements = (static_cast<long long>(INT_MAX) - 64) / 16;
+
+// Frees memory of the C heap (getIr, getJc, the scanner's values) when its owner goes, also when an
+// error is thrown past it: std::unique_ptr<int, c_heap_free>.
+struct c_heap_free {
+    void operator()(void* p) const { std::free(p); }
+};
 
 // A double truncated towards zero, of which the low byte is kept; non-finite values give 0.
 inline unsigned char to_byte(double v) {

@@ -60,11 +60,11 @@ inline void copy_block(T* o, T* oi, int to, const T* re, const T* im, int from, 
     }
 }
 
-void report_one(const Mm& b, const Mm& ix, int pos, int n) {
+void report_one(const Mm& b, const Mm& ix, const index_value_text& value, int n) {
     const char* iname = display_name(ix);  // names are formatted right to left
     const char* bname = display_name(b);
-    error("%s(%s) : Index out of matrix. Index value was %d however the indexed matrix has %d elements.",
-          bname, iname, pos + 1, n);
+    error("%s(%s) : Index out of matrix. Index value was %s however the indexed matrix has %d elements.",
+          bname, iname, value.text, n);
 }
 
 // ---- one index, 2-D dense base ----------------------------------------------------------------------
@@ -76,7 +76,7 @@ bool read_one_logical(const Mm& b, const Mm& ix, int report, Mm& out) {
     // A mask longer than the base may only hold zeros past its end.
     for (int k = N; k < s; ++k) {
         if (mask[k] != 0.0) {
-            if (report) report_one(b, ix, k, N);
+            if (report) report_one(b, ix, index_value_text(k + 1LL), N);
             return false;
         }
     }
@@ -116,7 +116,7 @@ bool read_one(const Mm& b, const Mm& ix, int report, Mm& out) {
     for (int k = 0; k < s; ++k) {
         int pos = index_position(v[k]);
         if (static_cast<unsigned>(pos) >= static_cast<unsigned>(N)) {
-            if (report) report_one(b, ix, pos, N);
+            if (report) report_one(b, ix, index_value_text(v[k]), N);
             return false;
         }
         copy_one(o, oi, k, re, im, pos);
@@ -126,16 +126,23 @@ bool read_one(const Mm& b, const Mm& ix, int report, Mm& out) {
 
 // ---- two indices, 2-D dense base --------------------------------------------------------------------
 
-void report_two(const Mm& b, const Mm& I, const Mm& J, bool row, int pos, int limit) {
+void report_two(const Mm& b, const Mm& I, const Mm& J, bool row, const index_value_text& value, int limit) {
     const char* jname = display_name(J);
     const char* iname = display_name(I);
     const char* bname = display_name(b);
     if (row)
-        error("%s(%s,%s): row index out of matrix. Index was %d but indexed matrix has %d rows.", bname,
-              iname, jname, pos + 1, limit);
+        error("%s(%s,%s): row index out of matrix. Index was %s but indexed matrix has %d rows.", bname,
+              iname, jname, value.text, limit);
     else
-        error("%s(%s,%s): col index out of matrix. Index was %d but indexed matrix has %d columns.", bname,
-              iname, jname, pos + 1, limit);
+        error("%s(%s,%s): col index out of matrix. Index was %s but indexed matrix has %d columns.", bname,
+              iname, jname, value.text, limit);
+}
+
+// The value at place k of an index for a message: a mask's place as a position, a list's element as
+// the user gave it.
+index_value_text value_at(const Mm& ix, int k) {
+    if (ix.flags.logical || is_colon(ix)) return index_value_text(k + 1LL);
+    return index_value_text(ix.addr()[k]);
 }
 
 int selected_count(const Mm& ix, int extent) {
@@ -169,7 +176,7 @@ bool read_two(const Mm& b, const Mm& I, const Mm& J, int report, Mm& out) {
             col = index_position(jv[jj]);
         }
         if (static_cast<unsigned>(col) >= static_cast<unsigned>(C)) {
-            if (report) report_two(b, I, J, false, col, C);
+            if (report) report_two(b, I, J, false, value_at(J, jj), C);
             return false;
         }
         const int first = col * R;
@@ -180,7 +187,7 @@ bool read_two(const Mm& b, const Mm& I, const Mm& J, int report, Mm& out) {
             for (int ii = 0; ii < iwalk; ++ii) {
                 if (iv[ii] == 0.0) continue;
                 if (ii >= R) {
-                    if (report) report_two(b, I, J, true, ii, R);
+                    if (report) report_two(b, I, J, true, value_at(I, ii), R);
                     return false;
                 }
                 copy_one(o, oi, to++, re, im, first + ii);
@@ -189,7 +196,7 @@ bool read_two(const Mm& b, const Mm& I, const Mm& J, int report, Mm& out) {
             for (int ii = 0; ii < iwalk; ++ii) {
                 int row = index_position(iv[ii]);
                 if (static_cast<unsigned>(row) >= static_cast<unsigned>(R)) {
-                    if (report) report_two(b, I, J, true, row, R);
+                    if (report) report_two(b, I, J, true, value_at(I, ii), R);
                     return false;
                 }
                 copy_one(o, oi, to++, re, im, first + row);
@@ -260,10 +267,35 @@ std::vector<int> place_positions(const Mm& ix, int extent, int count) {
     return pos;
 }
 
+// The value behind place k of a sparse read's position list, for a message.
+index_value_text listed_value(const Mm& ix, const std::vector<int>& pos, int k) {
+    if (ix.flags.logical || is_colon(ix)) return index_value_text(pos[k] + 1LL);
+    return index_value_text(ix.addr()[k]);
+}
+
+// Reports the first position of a two-index sparse read outside the matrix, in the order the full
+// read checks them (a column, then every row, then the other columns). False after a report.
+bool sparse_places_inside(const Mm& b, const Mm& I, const Mm& J, const std::vector<int>& rows,
+                          const std::vector<int>& cols, long long C, int report) {
+    const int R = b.dims[0];
+    for (int oc = 0; oc < static_cast<int>(cols.size()); ++oc) {
+        if (cols[oc] < 0 || cols[oc] >= C) {
+            if (report) report_two(b, I, J, false, listed_value(J, cols, oc), static_cast<int>(C));
+            return false;
+        }
+        if (oc > 0) continue;
+        for (int orow = 0; orow < static_cast<int>(rows.size()); ++orow) {
+            if (rows[orow] >= 0 && rows[orow] < R) continue;
+            if (report) report_two(b, I, J, true, listed_value(I, rows, orow), R);
+            return false;
+        }
+    }
+    return true;
+}
+
 // x(I,J) of a sparse x: each selected column's stored range is found by binary search in the sorted
-// positions, and each selected row within it, so nothing is expanded. Positions outside the matrix
-// select nothing.
-bool read_sparse_two(const Mr& r, const Mm& b, const int* extent, Mm& out) {
+// positions, and each selected row within it, so nothing is expanded.
+bool read_sparse_two(const Mr& r, const Mm& b, const int* extent, int report, Mm& out) {
     const Mm& I = *r.idx[0];
     const Mm& J = *r.idx[1];
     const int R = b.dims[0];
@@ -272,6 +304,7 @@ bool read_sparse_two(const Mr& r, const Mm& b, const int* extent, Mm& out) {
     const bool rcolon = is_colon(I);
     std::vector<int> cols = place_positions(J, static_cast<int>(C), nc);
     std::vector<int> rows = rcolon ? std::vector<int>() : place_positions(I, R, nr);
+    if (nr > 0 && nc > 0 && !sparse_places_inside(b, I, J, rows, cols, C, report)) return false;
     const int complex = b.pi != nullptr;
     int d[2] = {nr, nc};
     if (!make_result(b, complex, 1, 64, 2, d, out)) return false;
@@ -294,7 +327,6 @@ bool read_sparse_two(const Mr& r, const Mm& b, const int* extent, Mm& out) {
     };
     for (int oc = 0; oc < static_cast<int>(cols.size()); ++oc) {
         const long long c = cols[oc];
-        if (c < 0 || c >= C) continue;
         const long long start = c * R;
         const int* lo = std::lower_bound(first, last, start);
         const int* hi = std::lower_bound(lo, last, start + R);
@@ -305,8 +337,7 @@ bool read_sparse_two(const Mr& r, const Mm& b, const int* extent, Mm& out) {
             continue;
         }
         for (int orow = 0; orow < static_cast<int>(rows.size()); ++orow) {
-            int row = rows[orow];
-            if (row < 0 || row >= R) continue;
+            const int row = rows[orow];
             const int* e = std::lower_bound(lo, hi, start + row);
             if (e != hi && *e == start + row)
                 if (!append(column + orow, static_cast<int>(e - first))) return false;
@@ -326,7 +357,14 @@ bool read_general(const Mr& r, const Mm& b, int report, Mm& out) {
     const int total = index_extents(r, b, extent, report);
     int nd, dims[4];
     general_shape(r, b, extent, total, nd, dims);
-    if (b.flags.sparse && r.n == 2) return read_sparse_two(r, b, extent, out);
+    if (b.flags.sparse && r.n == 2) return read_sparse_two(r, b, extent, report, out);
+    if (b.flags.sparse && nd > 2) {
+        // A sparse result has two dimensions: x(1,1,[]) is 1x0, the later places folded into the
+        // second.
+        for (int k = 2; k < 4; ++k) dims[1] *= dims[k];
+        dims[2] = dims[3] = 1;
+        nd = 2;
+    }
 
     const int sparse = b.flags.sparse;
     const int complex = b.pi != nullptr;

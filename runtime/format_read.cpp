@@ -12,8 +12,10 @@
 #include "arklib/calling.h"
 #include "arklib/constructors.h"
 #include "arklib/format.h"
+#include "core/matrix_internal.h"
 #include "runtime/format_internal.h"
 
+using ak_internal::c_heap_free;
 using ak_internal::class_of;
 using ak_internal::conversion_class;
 
@@ -210,11 +212,16 @@ Mm scan_matrix(std::FILE* stream, const char* text, const Mm& format, const Mm& 
     long long product = static_cast<long long>(first) * second;
     int limit = n == 1 ? first : (product > INT_MAX ? INT_MAX : static_cast<int>(product));
     int count = 0, matched = 0;
-    double* data = format_read(h.r, stream, text, limit, &count, &matched);
+    std::unique_ptr<double, c_heap_free> data(format_read(h.r, stream, text, limit, &count, &matched));
     int rows, cols;
-    if (n == 2) {
+    if (n == 2 && first == INT_MAX) {
+        // An unbounded row count ([Inf n]): as many rows as n columns need for what was read
+        // ([Inf Inf] reads into one column).
+        cols = second == INT_MAX ? (count > 0 ? 1 : 0) : second;
+        rows = cols > 0 ? static_cast<int>((static_cast<long long>(count) + cols - 1) / cols) : 0;
+    } else if (n == 2) {
         rows = first;
-        cols = rows > 0 ? (count + rows - 1) / rows : 0;
+        cols = rows > 0 ? static_cast<int>((static_cast<long long>(count) + rows - 1) / rows) : 0;
     } else if (h.r.all_text) {
         rows = 1;
         cols = count;
@@ -225,8 +232,7 @@ Mm scan_matrix(std::FILE* stream, const char* text, const Mm& format, const Mm& 
     Mm result = zeros(static_cast<double>(rows), static_cast<double>(cols));
     int room = result.size();
     double* out = result.addr();
-    for (int k = 0; k < count && k < room; ++k) out[k] = data[k];
-    std::free(data);
+    for (int k = 0; k < count && k < room; ++k) out[k] = data.get()[k];
     if (h.r.all_text) result.flags.str = 1;
     a = Mm(static_cast<double>(matched));
     b = TM("");

@@ -1,5 +1,6 @@
 // The writer of the format engine and sprintf: the platform formatter runs one piece at a time over
 // a stream of doubles, and the format recycles while data remains.
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -15,9 +16,72 @@
 
 namespace {
 
-// One platform call on a piece that safe_piece has made; the text grows as needed.
+// False, after "Out of memory!", when a text of `have` characters and `more` besides would be longer
+// than a string matrix can be: checked before the text is made, so a width of millions is refused
+// at once rather than after gigabytes of output.
+bool fits_text(std::size_t have, long long more) {
+    if (static_cast<long long>(have) + more <= ak_internal::max_elements) return true;
+    error("Out of memory!");
+    return false;
+}
+
+// The width written in the conversion of a piece, or the larger of width and precision (0 when there
+// is none), read before the platform formats the piece: it would write every padding byte.
+long long widest_field(const std::string& piece, bool with_precision) {
+    std::size_t at = 0;
+    while ((at = piece.find('%', at)) != std::string::npos) {
+        if (at + 1 < piece.size() && piece[at + 1] == '%') {
+            at += 2;
+            continue;
+        }
+        ++at;
+        while (at < piece.size() && std::strchr("-+ #0'", piece[at])) ++at;
+        long long widest = 0, field = 0;
+        for (; at < piece.size(); ++at) {
+            const char c = piece[at];
+            if (c >= '0' && c <= '9') {
+                field = field > ak_internal::max_elements ? field : field * 10 + (c - '0');
+                continue;
+            }
+            if (c != '.') break;
+            widest = std::max(widest, field);
+            field = 0;
+            if (!with_precision) break;
+        }
+        return std::max(widest, field);
+    }
+    return 0;
+}
+
+// The fewest characters that each data element will write: the narrowest field of the conversions,
+// or 0 when a conversion may take several elements at once or write nothing (%s, %n).
+long long narrowest_output(const format_pieces& r) {
+    long long narrowest = -1;
+    for (int c = 0; c <= r.last; ++c) {
+        const int k = std::toupper(r.kind[c]);
+        if (k == '=') continue;
+        const ak_internal::conversion_class cls = ak_internal::class_of(r.kind[c]);
+        if (cls == ak_internal::conversion_class::text || cls == ak_internal::conversion_class::count) return 0;
+        const long long w = widest_field(ak_internal::safe_piece(r.piece[c], r.kind[c], true, 0), false);
+        narrowest = narrowest < 0 ? w : std::min(narrowest, w);
+    }
+    return narrowest < 0 ? 0 : narrowest;
+}
+
+// One platform call on a piece that safe_piece has made; the text takes the size the call asks for.
 template <typename T>
 std::string run(const std::string& piece, T arg) {
+    const long long widest = widest_field(piece, true);  // at most a million, as safe_piece bounds it
+    if (widest > 200) {
+        // A wide field: one call into room for the width and the digits beyond it.
+        std::string text(static_cast<size_t>(widest) + 400, '\0');
+        int n = std::snprintf(&text[0], text.size(), piece.c_str(), arg);
+        if (n < 0) return std::string();
+        if (n < static_cast<int>(text.size())) {
+            text.resize(n);
+            return text;
+        }
+    }
     char small[256];
     int n = std::snprintf(small, sizeof small, piece.c_str(), arg);
     if (n < 0) return std::string();
@@ -73,6 +137,7 @@ std::string format_write(format_pieces& r, double* data, int count) {
     // The pieces as the platform formatter sees them, made once for the call.
     std::string safe[format_pieces::max_pieces];
     bool made[format_pieces::max_pieces] = {};
+    if (!fits_text(0, static_cast<long long>(count) * narrowest_output(r))) return std::string();
     for (;;) {
         int c = r.cursor, kind = r.kind[c], k = std::toupper(kind);
         if ((count < 1 && k != '=') || (k == '=' && r.after_literal)) break;
@@ -118,6 +183,7 @@ std::string format_write(format_pieces& r, double* data, int count) {
             ++data;
         }
         r.cursor = r.cursor >= r.last ? 0 : r.cursor + 1;
+        if (!fits_text(out.size(), static_cast<long long>(text.size()))) return std::string();
         out += text;
         if (count == 0 && k == 'S') break;
     }
@@ -151,6 +217,7 @@ Mm sprintf(const Mm& format, const Mm& list) {
     std::string out;
     for (int k = 0; k < n; ++k) {
         std::string text = format_value(h.r, is_list ? static_cast<const Mm*>(list.pr)[k] : list);
+        if (!fits_text(out.size(), static_cast<long long>(text.size()))) return TM("");
         out.append(text.c_str());  // a text is cut at its first NUL
     }
     return TM(out.c_str());

@@ -71,7 +71,7 @@ void forelem_column(Mm& var, Mm& m, int k);
 inline void forelem(Mm& var, Mm& m, int k) {
     const int other = (m.flags.type ^ ak_double) | m.flags.sparse | (m.dims[0] ^ 1) |
                       (var.flags.type ^ ak_double) | var.flags.sparse | (var.nnz ^ 1);
-    if (!other && k > 0 && k < m.dims[1] && !m.pi && !var.pi && var.refs && *var.refs == 1) {
+    if (!other && k > 0 && k < m.dims[1] && !m.pi && !var.pi && var.refs && ak_ref_count(var.refs) == 1) {
         *static_cast<double*>(var.pr) = static_cast<const double*>(m.pr)[k];
         var.flags.str = m.flags.str;
         var.flags.logical = m.flags.logical;

@@ -37,6 +37,11 @@ extern i_o_t i_o;
 // through ak_set_AK, which also stops the keeping of 1x1 blocks for reuse.
 extern int multi_task;
 
+// The share count of a storage, for the test "this head alone holds it" before a write in place. An
+// acquire load: under multi_task it pairs with the release of another thread's drop, so that thread's
+// last reads of the storage come before this thread's write. On x86-64 it is a plain load.
+inline int ak_ref_count(const int* refs) { return __atomic_load_n(refs, __ATOMIC_ACQUIRE); }
+
 class Mr;
 class Mc;
 
@@ -117,7 +122,7 @@ class Mm {
     int nsingleton() const;
     int vectordim() const;
     void collapse();
-    int dirty() const { return refs ? *refs - 1 : 0; }
+    int dirty() const { return refs ? ak_ref_count(refs) - 1 : 0; }
 
     // ---- flags and identity ------------------------------------------------------------------
     const char* getname() const { return name; }
@@ -402,7 +407,7 @@ AK_SCALAR_PATH bool Mm::release_share() {
 }
 
 AK_SCALAR_PATH Mm& Mm::operator=(Mm&& src) {
-    const bool own_storage = holds_value() || (refs && __atomic_load_n(refs, __ATOMIC_RELAXED) == 1);
+    const bool own_storage = holds_value() || (refs && ak_ref_count(refs) == 1);
     if (!src.holds_value() || !own_storage || flags.type != ak_double || flags.sparse || pi || fields)
         return *this = static_cast<const Mm&>(src);
     *static_cast<double*>(pr) = *static_cast<const double*>(src.pr);

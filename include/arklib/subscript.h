@@ -229,7 +229,7 @@ class Mr {
         const int other = (y.flags.type ^ ak_double) | (y.nnz ^ 1) | y.flags.sparse |
                           (b.flags.type ^ ak_double) | b.flags.sparse | b.classid;
         double v, w;
-        if (other || y.pi || b.pi || !b.refs || *b.refs != 1 || !scalar_index(0, v)) return false;
+        if (other || y.pi || b.pi || !b.refs || ak_ref_count(b.refs) != 1 || !scalar_index(0, v)) return false;
         double* to;
         if (n == 1) {
             if (!(v >= 0.5 && v < b.nnz + 0.5)) return false;
