@@ -102,6 +102,44 @@ inline bool fresh_matrix(const Mm& like, int complex, int rows, int cols, Mm& ou
     return fresh_matrix(like, complex, 2, d, out);
 }
 
+// Room for a matrix that an assignment grows past its capacity: half as many elements again, so
+// that appending in a loop copies each element a bounded number of times on average.
+inline long long grown_room(long long want) {
+    long long room = want + want / 2;
+    return room > INT_MAX - 64 ? INT_MAX - 64 : room;
+}
+
+// Like fresh_matrix, with storage for `room` elements (at least the element count).
+bool fresh_matrix_room(const Mm& like, int complex, int nd, const int* dims, long long room, Mm& out);
+
+// Swaps two element heads without touching their storage; a value held in a head moves with it.
+inline void swap_heads(Mm& a, Mm& b) {
+    alignas(Mm) unsigned char t[sizeof(Mm)];
+    void* pa = static_cast<void*>(&a);
+    void* pb = static_cast<void*>(&b);
+    const bool a_held = a.holds_value(), b_held = b.holds_value();
+    std::memcpy(t, pa, sizeof(Mm));
+    std::memcpy(pa, pb, sizeof(Mm));
+    std::memcpy(pb, t, sizeof(Mm));
+    if (b_held) a.pr = &a.shadowed;
+    if (a_held) b.pr = &b.shadowed;
+}
+
+// Elements [0, n) of x to the front of fresh, at the same positions. Cells that x alone holds give
+// their heads over (the empty heads of fresh go back with x's old storage); everything else is copied.
+template <typename T>
+void carry_elements(const Mm& x, const Mm& fresh, int n) {
+    if constexpr (is_cell_kind<T>()) {
+        if (!x.dirty()) {
+            Mm* from = real_plane<Mm>(x);
+            Mm* to = real_plane<Mm>(fresh);
+            for (int k = 0; k < n; ++k) swap_heads(from[k], to[k]);
+            return;
+        }
+    }
+    copy_elements<T>(x, 0, fresh, 0, n);
+}
+
 // Installs fresh storage in the target and puts its seven flag words back.
 inline void install(Mm& x, const Mm& fresh, const M_types& saved) {
     x = fresh;

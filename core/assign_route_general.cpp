@@ -35,6 +35,18 @@ inline long long moved_position(long long p, const int* from, const int* to) {
     return li;
 }
 
+// Whether every element of an array of dimensions from keeps its linear position in dimensions to:
+// all dimensions below the last one above 1 are unchanged.
+bool positions_kept(const int* from, const int* to) {
+    int last = -1;
+    for (int k = 0; k < 4; ++k)
+        if (from[k] > 1) last = k;
+    if (from[0] * from[1] * from[2] * from[3] == 0) return true;
+    for (int k = 0; k < last; ++k)
+        if (from[k] != to[k]) return false;
+    return true;
+}
+
 long long product(const int* d) { return static_cast<long long>(d[0]) * d[1] * d[2] * d[3]; }
 
 void start_walk(index_odometer& o, const int* extent) {
@@ -192,7 +204,7 @@ void new_elements(const Mm& m, const Mm& like, int from, int to) {
 
 // Gives the target dimensions d (keeping its elements at their subscripts) and an unshared storage.
 template <typename T>
-bool prepare_dense(Mm& x, int n, int nd, const int* d, const M_types& saved) {
+bool prepare_dense(Mm& x, int nd, const int* d, const M_types& saved) {
     const bool grew = d[0] != x.dims[0] || d[1] != x.dims[1] || d[2] != x.dims[2] || d[3] != x.dims[3];
     const long long size = product(d);
     if (!grew) {
@@ -205,10 +217,22 @@ bool prepare_dense(Mm& x, int n, int nd, const int* d, const M_types& saved) {
         return true;
     }
     const int N = x.size();
-    if (n == 1 && x.ndims == 2 && !x.dirty() && size <= x.p) {
-        for (int k = 0; k < 4; ++k) x.dims[k] = d[k];
-        x.nnz = static_cast<int>(size);
-        new_elements<T>(x, x, N, x.nnz);
+    if (positions_kept(x.dims, d)) {
+        // Appending: the elements stay where they are, within the capacity or in a block with room.
+        if (!x.dirty() && size <= x.p) {
+            for (int k = 0; k < 4; ++k) x.dims[k] = d[k];
+            x.ndims = nd;
+            x.nnz = static_cast<int>(size);
+            new_elements<T>(x, x, N, x.nnz);
+            return true;
+        }
+        Mm fresh;
+        if (!fresh_matrix_room(x, x.pi != nullptr, nd, d, grown_room(size), fresh)) return false;
+        carry_elements<T>(x, fresh, N);
+        new_elements<T>(fresh, x, N, fresh.nnz);
+        for (int k = 0; k < x.nfields; ++k) fresh.addfield(x.fields[k], 1);
+        fresh.classid = x.classid;
+        install(x, fresh, saved);
         return true;
     }
     Mm fresh;
@@ -288,7 +312,7 @@ void general_write(Mm& x, const Mr& r, Mm& y) {
         sparse_write(x, r, y, extent, total, nd, d, saved);
         return;
     }
-    if (!prepare_dense<T>(x, n, nd, d, saved)) return;
+    if (!prepare_dense<T>(x, nd, d, saved)) return;
     x.collapse();
 
     const int* dims = x.dims;

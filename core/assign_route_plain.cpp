@@ -25,6 +25,21 @@ bool fresh_matrix(const Mm& like, int complex, int nd, const int* dims, Mm& out)
     return out.nnz == want && (!complex || out.pi);
 }
 
+bool fresh_matrix_room(const Mm& like, int complex, int nd, const int* dims, long long room, Mm& out) {
+    long long want = 1;
+    for (int k = 0; k < nd; ++k) want *= dims[k] < 0 ? 0 : dims[k];
+    if (want == 0 || want > INT_MAX || room <= want) return fresh_matrix(like, complex, nd, dims, out);
+    // Allocated as a row of `room` elements, then given its shape: the capacity stays.
+    const ak_matrix_types type = like.flags.type;
+    out = Mm(type == ak_mm ? 0 : complex, 0, 0, 1, static_cast<int>(room), type);
+    if (out.nnz != room || (complex && type != ak_mm && !out.pi)) return false;
+    out.ndims = nd < 2 ? 2 : nd;
+    for (int k = 0; k < 4; ++k) out.dims[k] = k < nd ? dims[k] : 1;
+    while (out.ndims > 2 && out.dims[out.ndims - 1] == 1) --out.ndims;
+    out.nnz = static_cast<int>(want);
+    return true;
+}
+
 const Mm* settle_source(const Mm& x, const Mm& y, Mm& converted) {
     if (y.flags.type == ak_no_type) {
         y.warn_uninit();
@@ -243,10 +258,11 @@ void write_one(Mm& x, const Mm& y, const Mm& ix, const Mm& iname) {
             x.nnz = M;
         }
     } else {
+        // Grown past its capacity, a vector gets room to grow further.
         const M_types saved = x.flags;
         Mm fresh;
-        if (!fresh_matrix(x, x.pi != nullptr, nd, d, fresh)) return;
-        copy_elements<T>(x, 0, fresh, 0, N);
+        if (!fresh_matrix_room(x, x.pi != nullptr, nd, d, M > N ? grown_room(M) : 0, fresh)) return;
+        carry_elements<T>(x, fresh, N);
         install(x, fresh, saved);
     }
     if (M > N) fill_new<T>(x, N, M);

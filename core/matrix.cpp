@@ -131,8 +131,12 @@ void Mm::storage_alloc(int complex, int sparse) {
             ak_free(elems);
             elems = nullptr;
         }
-        if (elems)
-            for (int k = 0; k < p; ++k) new (elems + k) Mm();
+        // Every element starts as the same empty matrix: one storage shared by all of them, which
+        // an assignment to an element replaces and never writes through.
+        if (elems && p > 0) {
+            new (elems) Mm();
+            for (int k = 1; k < p; ++k) new (elems + k) Mm(elems[0]);
+        }
         pr = elems;
     }
     if (!pr) {
