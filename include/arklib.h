@@ -22,3 +22,4 @@
 #include "arklib/display.h"
 #include "arklib/builtins.h"
 #include "arklib/hooks.h"
+#include "arklib/ode.h"

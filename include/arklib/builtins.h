@@ -88,8 +88,8 @@ decltype(auto) argument(const Mm* in, Mm* out) {
 }
 
 template <class... A, std::size_t... I>
-void call_form(Mm (*f)(A...), const Mm* in, Mm* out, std::index_sequence<I...>) {
-    constexpr std::size_t nin = marker_position<A...>();
+void call_form(Mm (*f)(A...), [[maybe_unused]] const Mm* in, Mm* out, std::index_sequence<I...>) {
+    [[maybe_unused]] constexpr std::size_t nin = marker_position<A...>();
     out[0] = f(argument<I, nin>(in, out)...);
 }
 
