@@ -23,3 +23,4 @@
 #include "arklib/builtins.h"
 #include "arklib/hooks.h"
 #include "arklib/ode.h"
+#include "arklib/signal.h"
