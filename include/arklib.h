@@ -24,3 +24,4 @@
 #include "arklib/hooks.h"
 #include "arklib/ode.h"
 #include "arklib/signal.h"
+#include "arklib/dates.h"
