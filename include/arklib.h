@@ -25,3 +25,4 @@
 #include "arklib/ode.h"
 #include "arklib/signal.h"
 #include "arklib/dates.h"
+#include "arklib/colormaps.h"
