@@ -26,3 +26,4 @@
 #include "arklib/signal.h"
 #include "arklib/dates.h"
 #include "arklib/colormaps.h"
+#include "arklib/geometry.h"
