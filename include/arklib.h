@@ -27,3 +27,5 @@
 #include "arklib/dates.h"
 #include "arklib/colormaps.h"
 #include "arklib/geometry.h"
+#include "arklib/statistics.h"
+#include "arklib/test_matrices.h"
