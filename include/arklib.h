@@ -29,3 +29,4 @@
 #include "arklib/geometry.h"
 #include "arklib/statistics.h"
 #include "arklib/test_matrices.h"
+#include "arklib/sets.h"
