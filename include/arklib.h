@@ -30,3 +30,4 @@
 #include "arklib/statistics.h"
 #include "arklib/test_matrices.h"
 #include "arklib/sets.h"
+#include "arklib/images.h"
