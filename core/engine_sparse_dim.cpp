@@ -188,26 +188,70 @@ Mm sparse_of(int complex, int nd, const int* dims, const entry_list& e, bool wan
     return r;
 }
 
+// Sums down the columns in one pass over the entries, straight into the result. False when the
+// positions do not ascend (the caller then takes the full route).
+bool column_sums(int complex, const Mm& a, int nd, const int* rdims, Mm& result) {
+    const int nz = a.nnz, n = a.dims[1];
+    Mm r(complex, 1, nz < n ? nz : n, nd, rdims, ak_double);
+    const double* re = a.addr();
+    const double* im = a.addi();
+    double* rr = r.addr();
+    double* ri = r.addi();
+    column_cursor at(a.dims[0]);
+    int count = 0, col = -1, last = -1;
+    double sr = 0.0, si = 0.0;
+    auto flush = [&] {
+        if (col < 0 || (sr == 0.0 && si == 0.0)) return;
+        r.index[count] = col;
+        rr[count] = sr;
+        if (ri) ri[count] = si;
+        ++count;
+    };
+    for (int k = 0; k < nz; ++k) {
+        const int pos = a.index[k];
+        if (pos <= last) return false;
+        last = pos;
+        at.row(pos);
+        if (at.col != col) {
+            flush();
+            col = at.col, sr = 0.0, si = 0.0;
+        }
+        sr += re[k];
+        if (im) si += im[k];
+    }
+    flush();
+    r.nnz = count;
+    result = r;
+    return true;
+}
+
 // Sums along the rows with one accumulator per row: the order of the additions in each row is the
 // column order, as in the full loop.
-void row_sums(const Mm& a, entry_list& out) {
+Mm row_sums(int complex, const Mm& a, int nd, const int* rdims) {
     const int m = a.dims[0];
     const bool c = a.pi != nullptr;
     std::vector<double> sr(static_cast<std::size_t>(m), 0.0), si(c ? static_cast<std::size_t>(m) : 0, 0.0);
     const double* re = a.addr();
     const double* im = a.addi();
-    long long base = 0, next = m;
+    column_cursor at(m);
     for (int k = 0; k < a.nnz; ++k) {
-        int pos = a.index[k];
-        if (pos >= next) {
-            base = static_cast<long long>(pos / m) * m;
-            next = base + m;
-        }
-        int row = static_cast<int>(pos - base);
+        const int row = at.row(a.index[k]);
         sr[row] += re[k];
         if (c) si[row] += im[k];
     }
-    for (int row = 0; row < m; ++row) out.push(row, sr[row], c ? si[row] : 0.0);
+    int count = 0;
+    for (int row = 0; row < m; ++row) count += sr[row] != 0.0 || (c && si[row] != 0.0);
+    Mm r(complex, 1, count, nd, rdims, ak_double);
+    double* rr = r.addr();
+    double* ri = r.addi();
+    for (int row = 0, k = 0; row < m && k < r.nnz; ++row) {
+        if (sr[row] == 0.0 && !(c && si[row] != 0.0)) continue;
+        r.index[k] = row;
+        rr[k] = sr[row];
+        if (ri) ri[k] = c ? si[row] : 0.0;
+        ++k;
+    }
+    return r;
 }
 
 // The operation along the columns (d = 1) of a 2-D sparse matrix.
@@ -282,7 +326,10 @@ bool sparse_dim_operation(int complex, const Mm& a, int d, op_t op, Mm& extra, M
             return false;
     }
     // A 1x1 matrix and an empty one keep the full route, which is small for both.
-    if (a.flags.type != ak_double || a.ndims != 2 || a.size() <= 1 || !ascending(a)) return false;
+    if (a.flags.type != ak_double || a.ndims != 2 || a.size() <= 1) return false;
+    // The common sum down the columns checks the order of the positions as it goes.
+    const bool plain_sum = op == op_sum && (d == 1 || (d == 0 && a.nsingleton() == 1));
+    if (!plain_sum && !ascending(a)) return false;
     // The messages of the full route, whose operand is a temporary.
     if (d == -1) {
         error("%s: dim argument may not be empty", op_name(op));
@@ -302,14 +349,13 @@ bool sparse_dim_operation(int complex, const Mm& a, int d, op_t op, Mm& extra, M
     const bool want_index = (op == op_max_1 || op == op_min_1) && !is_lM(extra);
     Mm index = want_index ? Mm(0, 0, 0, nd, rdims, ak_double) : Mm();
     Mm* where = want_index ? &index : nullptr;
+    if (plain_sum) return column_sums(complex, a, nd, rdims, result);
     if (d >= 3) {
         result = along_singleton(complex, a, op, nd, rdims, where);
     } else if (d == 1) {
         result = along_columns(complex, a, op, nd, rdims, where);
     } else if (op == op_sum && a.dims[0] <= 2LL * a.nnz + 4096) {
-        entry_list out;
-        row_sums(a, out);
-        result = sparse_of(complex, nd, rdims, out, true);
+        result = row_sums(complex, a, nd, rdims);
     } else {
         // Rows of a are the columns of its transpose; a reduction's result keeps its positions, a
         // running form is transposed back.

@@ -149,8 +149,10 @@ namespace {
 bucket_pool pool;  // constant-initialized: usable from any static constructor
 
 // C-heap blocks of at least this size are kept for reuse when freed: the C heap would give them
-// back to the system, and the next block of that size would fault in every page afresh.
-constexpr std::size_t cache_min = std::size_t(32) << 20;
+// back to the system, and the next block of that size would fault in every page afresh. The floor
+// lies well below 32 MiB, the most that glibc's mmap threshold reaches, so that a result just under
+// it (a 2000 x 2000 product is 32,000,072 bytes) is kept too.
+constexpr std::size_t cache_min = std::size_t(16) << 20;
 constexpr int cache_slots = 4;
 
 // Kept blocks, oldest first.

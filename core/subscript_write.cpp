@@ -105,9 +105,91 @@ const Mm* settle_paren(Mm& b, const Mm& y, Mm& converted) {
     return src;
 }
 
+// The value of field `name` of a 1x1 structure b, as a slot that can be written in place: b and its
+// element are made the only holders of their storage first. Null for anything else (a structure
+// array, a missing field, a user class), which takes the general route.
+Mm* own_member(Mm& b, const char* name) {
+    if (b.flags.type != ak_mm || !b.fields || b.classid || b.flags.sparse || b.size() != 1) return nullptr;
+    const int f = b.findfield(name, 0);
+    if (f < 0) return nullptr;
+    Mm& e = element(b, 0);
+    if (e.flags.type != ak_mm || e.nnz <= f) return nullptr;
+    if (b.dirty() || e.dirty()) {
+        unshare(b);
+        unshare(element(b, 0));
+    }
+    return &element(element(b, 0), f);
+}
+
+// Room for one more element at the end of a vector b that this head alone holds, whose block has
+// it: b grows by one (a row, or a column when it is one) and the position of the new element is
+// returned; -1 when the append must take the route (which leaves room when it grows b).
+int room_at_end(Mm& b, double v) {
+    const int N = b.nnz;
+    if (v != N + 1.0 || N >= b.p || !b.refs || ak_ref_count(b.refs) != 1 || b.ndims != 2 ||
+        (b.dims[0] > 1 && b.dims[1] != 1))
+        return -1;
+    const bool column = b.dims[0] > 1;
+    b.dims[0] = column ? N + 1 : 1;
+    b.dims[1] = column ? 1 : N + 1;
+    b.dims[2] = b.dims[3] = 1;
+    b.nnz = N + 1;
+    return N;
+}
+
+// c{end+1} = y on a cell vector, and s(end+1).f = y on a structure vector with the field f, while
+// the block has room: the new element is written where it lies. False for everything else.
+bool append_element(const Mr& r, const Mm& y) {
+    double v;
+    if (r.type == Mr_brace && !r.chained && r.n == 1) {
+        Mm& c = *r.base;
+        if (c.flags.type != ak_mm || c.fields || c.classid || c.flags.sparse || !r.scalar_index(0, v)) return false;
+        const int at = room_at_end(c, v);
+        if (at < 0) return false;
+        element(c, at) = y;
+        return true;
+    }
+    if (r.type != Mr_dot || !r.chained || !r.parent || r.parent->chained || r.parent->type != Mr_paren ||
+        r.parent->n != 1 || !r.parent->base)
+        return false;
+    Mm& s = *r.parent->base;
+    if (s.flags.type != ak_mm || !s.fields || s.classid || !r.parent->scalar_index(0, v)) return false;
+    const int f = s.findfield(r.member_name, 0);
+    if (f < 0) return false;
+    const Mm value(y);  // y may be s itself
+    const int at = room_at_end(s, v);
+    if (at < 0) return false;
+    element(s, at) = Mm(0, 0, 0, 1, s.nfields, ak_mm);
+    element(element(s, at), f) = value;
+    return true;
+}
+
+// The appends of translated loops, while the block has room: x(end+1) = v of a real scalar on a real
+// dense double vector, c{end+1} = y and s(end+1).f = y. False for everything else; growth past the
+// room goes through the route, which leaves room for further appends.
+bool append_in_place(const Mr& r, const Mm& y) {
+    if (r.chained || r.type != Mr_paren || r.n != 1) return append_element(r, y);
+    Mm& b = *r.base;
+    const int other = (y.flags.type ^ ak_double) | (y.nnz ^ 1) | y.flags.sparse | (b.flags.type ^ ak_double) |
+                      b.flags.sparse | b.classid;
+    double v;
+    if (other || y.pi || b.pi || !r.scalar_index(0, v)) return false;
+    const int at = room_at_end(b, v);
+    if (at < 0) return false;
+    static_cast<double*>(b.pr)[at] = *static_cast<const double*>(y.pr);
+    return true;
+}
+
 // x.name = y: a target that is not a cell array becomes a structure (its old value is dropped); the
 // field is found or added, and written in the first element.
 void member_write(Mm& b, const char* name, const Mm& y) {
+    if (Mm* slot = own_member(b, name)) {
+        // The field of a 1x1 structure takes the value directly. (y may be the structure itself,
+        // held by its own head while the slot changes.)
+        const Mm value(y);
+        *slot = value;
+        return;
+    }
     if (b.flags.type != ak_mm) b = empty_cell();
     // Held in a head of its own: s.a = s must store the old s, and then counts as sharing s.
     const Mm value(y);
@@ -162,6 +244,7 @@ void route(const Mr& r, Mm& b, const Mm& y) {
 }  // namespace
 
 void Mr::assign(const Mm& y) {
+    if (append_in_place(*this, y)) return;
     hold_numbers();
     // The other x(i) = v and x(i,j) = v on plain doubles go straight to their route.
     if (!chained && type == Mr_paren && (n == 1 || n == 2)) {
@@ -176,6 +259,20 @@ void Mr::assign(const Mm& y) {
         }
     }
     if (n < 0 || type == Mr_unset) return;
+    if (chained && parent && parent->type == Mr_dot && !parent->chained && parent->base && type != Mr_dot &&
+        n >= 1) {
+        // s.f(k) = v and s.f{k} = v on a 1x1 structure: the write goes into the field where it is,
+        // so a field that nothing else shares is changed in place.
+        if (Mm* slot = own_member(*parent->base, parent->member_name)) {
+            const Mm* ix[4] = {idx[0], idx[1], idx[2], idx[3]};
+            Mr direct = n == 1   ? Mr(type, *slot, *ix[0])
+                        : n == 2 ? Mr(type, *slot, *ix[0], *ix[1])
+                        : n == 3 ? Mr(type, *slot, *ix[0], *ix[1], *ix[2])
+                                 : Mr(type, *slot, *ix[0], *ix[1], *ix[2], *ix[3]);
+            direct = y;
+            return;
+        }
+    }
     chain_target target(*this);
     if (!base) return;  // the chain's value could not be had (reported)
     Mm& b = *base;

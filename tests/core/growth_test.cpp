@@ -1,5 +1,6 @@
 // Appending in a loop: x(end+1) = k, c{end+1} = k and s(end+1).a = k take a new block only a
-// logarithmic number of times, keep every value, and leave other holders of the old value alone.
+// logarithmic number of times, keep every value, and leave other holders of the old value alone;
+// member writes on a 1x1 structure go into the field where it is.
 #include <gtest/gtest.h>
 
 
@@ -8,6 +9,7 @@
 #include "tests/test_support.h"
 
 using namespace sub_test;
+using V = std::vector<double>;
 
 namespace {
 
@@ -81,4 +83,49 @@ TEST(Growth, AppendingToAStructureArray) {
     ASSERT_EQ(1, s.nfields);
     const Mm* e = static_cast<const Mm*>(s.pr);
     for (int k = 0; k <= appends; ++k) ASSERT_EQ(k + 1.0, *static_cast<const Mm*>(e[k].pr)[0].addr());
+}
+
+namespace {
+
+// The value of field `name` of element k (1-based) of a structure, sharing its storage.
+const Mm& slot(const Mm& s, int k, const char* name) {
+    const Mm& e = static_cast<const Mm*>(s.pr)[k - 1];
+    return static_cast<const Mm*>(e.pr)[s.findfield(name, 1)];
+}
+
+}  // namespace
+
+TEST(MemberWrite, FieldOfAScalarStructureIsWrittenWhereItIs) {
+    Mm s("s", 0, 0);
+    s.member("a") = Mm(0.0);
+    s.member("v") = Mm(row({1, 2, 3, 4, 5}));
+    for (int k = 1; k <= 1000; ++k) s.member("a") = Mm(s.member("a")) + static_cast<double>(k);
+    EXPECT_EQ(500500.0, *slot(s, 1, "a").addr());
+
+    // s.v(k) = x changes the field's own block when nothing else holds it.
+    const void* block = slot(s, 1, "v").pr;
+    s.member("v")(Mm(3.0)) = Mm(30.0);
+    EXPECT_EQ(block, slot(s, 1, "v").pr);
+    EXPECT_EQ(V({1, 2, 30, 4, 5}), values(slot(s, 1, "v")));
+    // ... and appending to it grows the field.
+    s.member("v")(Mm(6.0)) = Mm(6.0);
+    EXPECT_EQ(V({1, 2, 30, 4, 5, 6}), values(slot(s, 1, "v")));
+
+    // A copy of the field, or of the whole structure, keeps the old values.
+    Mm held = Mm(s.member("v"));
+    Mm t = s;
+    s.member("v")(Mm(1.0)) = Mm(-1.0);
+    s.member("a") = Mm(7.0);
+    EXPECT_EQ(V({1, 2, 30, 4, 5, 6}), values(held));
+    EXPECT_EQ(V({1, 2, 30, 4, 5, 6}), values(slot(t, 1, "v")));
+    EXPECT_EQ(500500.0, *slot(t, 1, "a").addr());
+    EXPECT_EQ(V({-1, 2, 30, 4, 5, 6}), values(slot(s, 1, "v")));
+    EXPECT_EQ(7.0, *slot(s, 1, "a").addr());
+
+    // A cell field is written by content the same way; a field not there yet is added.
+    s.member("c") = Mm(0, 0, 0, 1, 2, ak_mm);
+    s.member("c").br(Mm(2.0)) = TM("two");
+    EXPECT_EQ(3, static_cast<const Mm*>(slot(s, 1, "c").pr)[1].size());
+    s.member("w")(Mm(2.0)) = Mm(5.0);
+    EXPECT_EQ(V({0, 5}), values(slot(s, 1, "w")));
 }

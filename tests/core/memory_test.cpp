@@ -173,6 +173,11 @@ TEST(Memory, VeryLargeBlocksAreKeptForReuse) {
     EXPECT_EQ(ak_internal::large_cache_blocks(), 2);
     ak_internal::large_cache_flush();
     EXPECT_EQ(ak_internal::large_cache_bytes(), 0u);
+    // A 2000 x 2000 result (its elements, the 8 spare and the count) is kept as well.
+    void* product = ak_malloc((2000u * 2000u + 8u) * 8u + 8u);
+    ak_free(product);
+    EXPECT_EQ(ak_internal::large_cache_blocks(), 1);
+    ak_internal::large_cache_flush();
 }
 
 TEST(Memory, ThreadsShareThePoolUnderTheLock) {
