@@ -31,3 +31,4 @@
 #include "arklib/test_matrices.h"
 #include "arklib/sets.h"
 #include "arklib/images.h"
+#include "arklib/optim.h"

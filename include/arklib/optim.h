@@ -1,0 +1,78 @@
+// Minimisation, root finding and constrained optimisation.
+//
+// Functions are given by name and called as f(x, p1, p2, ...); the extra parameters come as a cell
+// list (or one non-cell value). The old forms take the options vector of 18 numbers (foptions), the
+// new forms a structure (optimset), turned into that vector before the work starts.
+#pragma once
+#include "arklib/matrix.h"
+
+// ---- options --------------------------------------------------------------------------------------
+Mm foptions();
+Mm foptions(const Mm& v);
+Mm optimset();
+Mm optimset(const Mm& a);
+Mm optimset(const Mm& a, const Mm& b);
+Mm optimset(const Mm& a, const Mm& b, const Mm& c);
+Mm optimset(const Mm& a, const Mm& b, const Mm& c, const Mm& d);
+Mm optimset(const Mm& a, const Mm& b, const Mm& c, const Mm& d, const Mm& e);
+Mm optimset(const Mm& a, const Mm& b, const Mm& c, const Mm& d, const Mm& e, const Mm& f);
+Mm optimset(const Mm& a, const Mm& b, const Mm& c, const Mm& d, const Mm& e, const Mm& f, const Mm& g);
+Mm optimset(const Mm& a, const Mm& b, const Mm& c, const Mm& d, const Mm& e, const Mm& f, const Mm& g,
+            const Mm& h);
+Mm optimset(const Mm& a, const Mm& b, const Mm& c, const Mm& d, const Mm& e, const Mm& f, const Mm& g,
+            const Mm& h, const Mm& i);
+Mm optimget(const Mm& s);
+Mm optimget(const Mm& s, const Mm& name);
+Mm optimget(const Mm& s, const Mm& name, const Mm& dflt);
+
+// ---- roots and minima of one variable -------------------------------------------------------------
+Mm fzero(const Mm& f);
+Mm fzero(const Mm& f, const Mm& x);
+Mm fzero(const Mm& f, const Mm& x, const Mm& tol);
+Mm fzero(const Mm& f, const Mm& x, const Mm& tol, const Mm& trace);
+Mm fzero(const Mm& f, const Mm& x, const Mm& tol, const Mm& trace, const Mm& params);
+
+Mm fmin(const Mm& f, const Mm& a, const Mm& b);
+Mm fmin(const Mm& f, const Mm& a, const Mm& b, const Mm& options);
+Mm fmin(const Mm& f, const Mm& a, const Mm& b, const Mm& options, const Mm& params);
+Mm fmin(const Mm& f, const Mm& a, const Mm& b, i_o_t, Mm& options_out);
+Mm fmin(const Mm& f, const Mm& a, const Mm& b, const Mm& options, i_o_t, Mm& options_out);
+Mm fmin(const Mm& f, const Mm& a, const Mm& b, const Mm& options, const Mm& params, i_o_t, Mm& options_out);
+
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, const Mm& options);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, const Mm& options, const Mm& params);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, i_o_t, Mm& fval);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, const Mm& options, i_o_t, Mm& fval);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, const Mm& options, const Mm& params, i_o_t, Mm& fval);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, i_o_t, Mm& fval, Mm& exitflag);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, const Mm& options, i_o_t, Mm& fval, Mm& exitflag);
+Mm fminbnd(const Mm& f, const Mm& a, const Mm& b, const Mm& options, const Mm& params, i_o_t, Mm& fval,
+           Mm& exitflag);
+
+// ---- several variables ----------------------------------------------------------------------------
+// fmins, fsolve, fminu and constr's short forms: (f, x), (f, x, options), (f, x, options, grad),
+// (f, x, options, grad, params), each also with i_o and options_out.
+#define AK_OPTIM_FORMS(name)                                                                            \
+    Mm name(const Mm& f, const Mm& x);                                                                 \
+    Mm name(const Mm& f, const Mm& x, const Mm& options);                                              \
+    Mm name(const Mm& f, const Mm& x, const Mm& options, const Mm& grad);                              \
+    Mm name(const Mm& f, const Mm& x, const Mm& options, const Mm& grad, const Mm& params);            \
+    Mm name(const Mm& f, const Mm& x, i_o_t, Mm& options_out);                                         \
+    Mm name(const Mm& f, const Mm& x, const Mm& options, i_o_t, Mm& options_out);                      \
+    Mm name(const Mm& f, const Mm& x, const Mm& options, const Mm& grad, i_o_t, Mm& options_out);      \
+    Mm name(const Mm& f, const Mm& x, const Mm& options, const Mm& grad, const Mm& params, i_o_t, Mm& options_out);
+AK_OPTIM_FORMS(fmins)
+AK_OPTIM_FORMS(fsolve)
+AK_OPTIM_FORMS(fminu)
+#undef AK_OPTIM_FORMS
+
+Mm fminsearch(const Mm& f, const Mm& x);
+Mm fminsearch(const Mm& f, const Mm& x, const Mm& options);
+Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, const Mm& params);
+Mm fminsearch(const Mm& f, const Mm& x, i_o_t, Mm& fval);
+Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, i_o_t, Mm& fval);
+Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, const Mm& params, i_o_t, Mm& fval);
+Mm fminsearch(const Mm& f, const Mm& x, i_o_t, Mm& fval, Mm& exitflag);
+Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, i_o_t, Mm& fval, Mm& exitflag);
+Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, const Mm& params, i_o_t, Mm& fval, Mm& exitflag);
