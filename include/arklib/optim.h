@@ -76,3 +76,56 @@ Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, const Mm& params, i_o
 Mm fminsearch(const Mm& f, const Mm& x, i_o_t, Mm& fval, Mm& exitflag);
 Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, i_o_t, Mm& fval, Mm& exitflag);
 Mm fminsearch(const Mm& f, const Mm& x, const Mm& options, const Mm& params, i_o_t, Mm& fval, Mm& exitflag);
+
+// ---- linear and quadratic programmes ---------------------------------------------------------------
+// lp(c, A, b, vlb, vub, x0, neqcstr, display): minimise c'x with A(1:neqcstr, :) x = b(1:neqcstr),
+// the other rows A x <= b, and vlb <= x <= vub. display below 0 keeps the status line quiet. The
+// outputs are x, the multipliers (rows of A, then the finite lower and upper bounds), and the status
+// word "ok", "infeasible", "unbounded" (empty for the other ends). lp(filename) reads an MPS file.
+#define M const Mm&
+Mm lp(M c);
+Mm lp(M c, M A);
+Mm lp(M c, M A, M b);
+Mm lp(M c, M A, M b, M vlb);
+Mm lp(M c, M A, M b, M vlb, M vub);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neqcstr);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display);
+Mm lp(M file, i_o_t, Mm& lambda);
+Mm lp(M c, M A, M b, i_o_t, Mm& lambda);
+Mm lp(M c, M A, M b, M vlb, i_o_t, Mm& lambda);
+Mm lp(M c, M A, M b, M vlb, M vub, i_o_t, Mm& lambda);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& lambda);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neqcstr, i_o_t, Mm& lambda);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda);
+Mm lp(M file, i_o_t, Mm& lambda, Mm& how);
+Mm lp(M c, M A, M b, i_o_t, Mm& lambda, Mm& how);
+Mm lp(M c, M A, M b, M vlb, i_o_t, Mm& lambda, Mm& how);
+Mm lp(M c, M A, M b, M vlb, M vub, i_o_t, Mm& lambda, Mm& how);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& lambda, Mm& how);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neqcstr, i_o_t, Mm& lambda, Mm& how);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda, Mm& how);
+
+// qp(H, c, A, b, ...): minimise x'Hx / 2 + c'x under the same constraints; H must be symmetric.
+Mm qp(M H);
+Mm qp(M H, M c);
+Mm qp(M H, M c, M A);
+Mm qp(M H, M c, M A, M b);
+Mm qp(M H, M c, M A, M b, M vlb);
+Mm qp(M H, M c, M A, M b, M vlb, M vub);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display);
+Mm qp(M H, M c, M A, M b, i_o_t, Mm& lambda);
+Mm qp(M H, M c, M A, M b, M vlb, i_o_t, Mm& lambda);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, i_o_t, Mm& lambda);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& lambda);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, i_o_t, Mm& lambda);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda);
+Mm qp(M H, M c, M A, M b, i_o_t, Mm& lambda, Mm& how);
+Mm qp(M H, M c, M A, M b, M vlb, i_o_t, Mm& lambda, Mm& how);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, i_o_t, Mm& lambda, Mm& how);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& lambda, Mm& how);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, i_o_t, Mm& lambda, Mm& how);
+Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda, Mm& how);
+#undef M
