@@ -11,6 +11,9 @@ void dgesv_(const int* n, const int* nrhs, double* a, const int* lda, int* ipiv,
 void dgels_(const char* trans, const int* m, const int* n, const int* nrhs, double* a, const int* lda, double* b,
             const int* ldb, double* work, const int* lwork, int* info, std::size_t trans_len);
 void dpotrf_(const char* uplo, const int* n, double* a, const int* lda, int* info, std::size_t uplo_len);
+void dgesvd_(const char* jobu, const char* jobvt, const int* m, const int* n, double* a, const int* lda, double* s,
+             double* u, const int* ldu, double* vt, const int* ldvt, double* work, const int* lwork, int* info,
+             std::size_t jobu_len, std::size_t jobvt_len);
 double ddot_(const int* n, const double* x, const int* incx, const double* y, const int* incy);
 }
 

@@ -129,3 +129,46 @@ Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& lambda, Mm& how);
 Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, i_o_t, Mm& lambda, Mm& how);
 Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda, Mm& how);
 #undef M
+
+// ---- nonlinear constraints --------------------------------------------------------------------------
+// constr(f, x, options, vlb, vub, grad, params): [fval, g] = f(x) gives the objective and the
+// constraints g <= 0, of which the first options(13) are equalities g = 0. grad, when named, gives
+// [df, dg] (n and n x numel(g)); otherwise differences are used. Returns x; options_out holds the
+// value at position 8 and the count of calls at 10.
+#define M const Mm&
+Mm constr(M f, M x);
+Mm constr(M f, M x, M options);
+Mm constr(M f, M x, M options, M vlb);
+Mm constr(M f, M x, M options, M vlb, M vub);
+Mm constr(M f, M x, M options, M vlb, M vub, M grad);
+Mm constr(M f, M x, M options, M vlb, M vub, M grad, M params);
+Mm constr(M f, M x, i_o_t, Mm& options_out);
+Mm constr(M f, M x, M options, i_o_t, Mm& options_out);
+Mm constr(M f, M x, M options, M vlb, i_o_t, Mm& options_out);
+Mm constr(M f, M x, M options, M vlb, M vub, i_o_t, Mm& options_out);
+Mm constr(M f, M x, M options, M vlb, M vub, M grad, i_o_t, Mm& options_out);
+Mm constr(M f, M x, M options, M vlb, M vub, M grad, M params, i_o_t, Mm& options_out);
+
+// ---- non-negative least squares ------------------------------------------------------------------------
+// nnls(a, b, tol): x >= 0 minimising norm(a x - b); w is the dual vector a'(b - a x) and p the
+// indices of the positive elements of x.
+Mm nnls(M a);
+Mm nnls(M a, M b);
+Mm nnls(M a, M b, M tol);
+Mm nnls(M a, M b, i_o_t, Mm& w);
+Mm nnls(M a, M b, M tol, i_o_t, Mm& w);
+Mm nnls(M a, M b, i_o_t, Mm& w, Mm& p);
+Mm nnls(M a, M b, M tol, i_o_t, Mm& w, Mm& p);
+// lsqnonneg(a, b, x0, options): [x, resnorm, residual, exitflag, output, lambda].
+Mm lsqnonneg(M a);
+Mm lsqnonneg(M a, M b);
+Mm lsqnonneg(M a, M b, M x0);
+Mm lsqnonneg(M a, M b, M x0, M options);
+Mm lsqnonneg(M a, M b, i_o_t, Mm& resnorm);
+Mm lsqnonneg(M a, M b, i_o_t, Mm& resnorm, Mm& residual);
+Mm lsqnonneg(M a, M b, i_o_t, Mm& resnorm, Mm& residual, Mm& exitflag);
+Mm lsqnonneg(M a, M b, i_o_t, Mm& resnorm, Mm& residual, Mm& exitflag, Mm& output);
+Mm lsqnonneg(M a, M b, i_o_t, Mm& resnorm, Mm& residual, Mm& exitflag, Mm& output, Mm& lambda);
+Mm lsqnonneg(M a, M b, M x0, M options, i_o_t, Mm& resnorm, Mm& residual, Mm& exitflag, Mm& output,
+             Mm& lambda);
+#undef M
