@@ -235,16 +235,25 @@ Mm grid_array(const int* dims, int nd, int axis, const std::vector<double>& valu
 
 }  // namespace
 
+// The operand of mean: a sparse matrix stays sparse, so that its sums are taken on the entries and
+// the mean is sparse too.
+static bool mean_operand(const Mm& x, Mm& out) {
+    if (!x.flags.sparse || x.flags.type != ak_double) return numeric("mean", x, out);
+    out = x;
+    out.flags.str = 0;
+    return true;
+}
+
 Mm mean(const Mm& x) {
     Mm X;
-    if (!numeric("mean", x, X)) return x_M;
+    if (!mean_operand(x, X)) return x_M;
     if (X.ndims == 2 && X.dims[0] == 0 && X.dims[1] == 0) return Mm(std::nan(""));
     const int d = X.nsingleton() - 1;
     return sum(X, Mm(d + 1.0)) / Mm(static_cast<double>(extent(X, d)));
 }
 Mm mean(const Mm& x, const Mm& dim) {
     Mm X;
-    if (!numeric("mean", x, X)) return x_M;
+    if (!mean_operand(x, X)) return x_M;
     const int d = normalize_dim_argument("mean", X, dim);
     return sum(X, Mm(d + 1.0)) / Mm(static_cast<double>(extent(X, d)));
 }

@@ -130,6 +130,8 @@ TEST(SparseScale, ReductionsEqualTheFullForm) {
             EXPECT_VALUES(gn, re(wn));
         }
         expect_equal(max(a), max(f), true, describe(a, static_cast<int>(k)) + " max");
+        for (double d : {1.0, 2.0})
+            expect_equal(mean(a, Mm(d)), mean(f, Mm(d)), true, describe(a, static_cast<int>(k)) + " mean");
     }
 }
 
@@ -262,6 +264,9 @@ TEST(SparseScale, LargestPositionListWithoutAFullForm) {
     };
     expect_vector(sum(a), col_sum, "sum(a)");
     expect_vector(sum(a, Mm(2.0)), row_sum, "sum(a, 2)");
+    std::vector<double> col_mean(col_sum);
+    for (double& v : col_mean) v /= n;
+    expect_vector(mean(a), col_mean, "mean(a)");
     Mm X(0, 0, 0, n, 1, ak_double);
     std::copy(x.begin(), x.end(), X.addr());
     expect_vector(mtimes(a, X), ax, "a * x");
