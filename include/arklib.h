@@ -32,3 +32,4 @@
 #include "arklib/sets.h"
 #include "arklib/images.h"
 #include "arklib/optim.h"
+#include "arklib/interpolation.h"
