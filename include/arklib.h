@@ -33,3 +33,4 @@
 #include "arklib/images.h"
 #include "arklib/optim.h"
 #include "arklib/interpolation.h"
+#include "arklib/polynomials.h"
