@@ -34,3 +34,4 @@
 #include "arklib/optim.h"
 #include "arklib/interpolation.h"
 #include "arklib/polynomials.h"
+#include "arklib/quadrature.h"
