@@ -35,3 +35,4 @@
 #include "arklib/interpolation.h"
 #include "arklib/polynomials.h"
 #include "arklib/quadrature.h"
+#include "arklib/matrix_functions.h"
