@@ -36,3 +36,4 @@
 #include "arklib/polynomials.h"
 #include "arklib/quadrature.h"
 #include "arklib/matrix_functions.h"
+#include "arklib/special.h"
