@@ -179,6 +179,33 @@ bool complex_scalar_read(const Mr& r, Mm& m) {
     return true;
 }
 
+// s.f of a 1x1 structure whose field exists: the field's value, shared into m with no resolving.
+// False for every other read.
+bool member_scalar_read(const Mr& r, Mm& m) {
+    if (r.type != Mr_dot || r.chained || !r.base) return false;
+    const Mm& b = *r.base;
+    if (b.flags.type != ak_mm || !b.fields || b.classid || b.flags.sparse || b.size() != 1) return false;
+    const int f = b.findfield(r.member_name, 0);
+    if (f < 0) return false;
+    const Mm& e = element(b, 0);
+    if (e.flags.type != ak_mm || e.size() != b.nfields || f >= e.nnz) return false;
+    const Mm& v = element(e, f);
+    if (v.flags.type == ak_double && v.nnz == 1 && v.ndims == 2 && v.dims[0] == 1 && v.dims[1] == 1 && !v.pi &&
+        !v.flags.sparse && !v.fields && !v.classid && v.pr) {
+        // A real number is held in the head of the result, so the field's own block stays unshared
+        // and s.a = s.a + k can write its new value there.
+        M_types flags = v.flags;
+        flags.workspace_var = 0;
+        flags.global = 0;
+        m.init_scalar(*static_cast<const double*>(v.pr), flags);
+        return true;
+    }
+    Mm value(v);
+    blank_head(m);
+    adopt_head(m, value);
+    return true;
+}
+
 // Every read but the common scalar one: resolved into a temporary whose head m takes over.
 __attribute__((noinline)) void general_read(Mm& m, const Mr& r, int report) {
     blank_head(m);
@@ -189,6 +216,7 @@ __attribute__((noinline)) void general_read(Mm& m, const Mr& r, int report) {
 }  // namespace
 
 void Mm::read_reference(const Mr& r, int report) {
+    if (member_scalar_read(r, *this)) return;
     r.hold_numbers();
     if (complex_scalar_read(r, *this)) return;
     general_read(*this, r, report);

@@ -184,8 +184,13 @@ bool append_in_place(const Mr& r, const Mm& y) {
 // field is found or added, and written in the first element.
 void member_write(Mm& b, const char* name, const Mm& y) {
     if (Mm* slot = own_member(b, name)) {
-        // The field of a 1x1 structure takes the value directly. (y may be the structure itself,
-        // held by its own head while the slot changes.)
+        // The field of a 1x1 structure takes the value directly: a number held in y's head is
+        // written into the field's own block when nothing else holds it. (y may otherwise be the
+        // structure itself, held by its own head while the slot changes.)
+        if (y.holds_value()) {
+            *slot = static_cast<Mm&&>(const_cast<Mm&>(y));  // reads y only
+            return;
+        }
         const Mm value(y);
         *slot = value;
         return;
