@@ -97,11 +97,13 @@ Mm colperm(const Mm& s0) {
     if (error_2d(s0, "colperm")) return x_M;
     Mm s = sparse(s0);
     if (!s.flags.sparse) return x_M;  // reported
-    // The list is freed on every way out: making count may report, and the report may throw.
+    // The count row first: a row too long is refused before a column list of its length is made.
+    const int cols = s.dims[1];
+    Mm count(0, 0, 0, 1, cols, ak_double);
+    if (count.nnz != (cols > 0 ? cols : 0)) return x_M;  // reported
+    // The list is freed on every way out, a thrown report included.
     std::unique_ptr<int, ak_internal::c_heap_free> jc(getJc(s));
     if (!jc) return x_M;
-    int cols = s.dims[1];
-    Mm count(0, 0, 0, 1, cols, ak_double);
     for (int c = 0; c < count.nnz; ++c) count.addr()[c] = jc.get()[c + 1] - jc.get()[c];
     // sort is stable: columns of equal count keep their order.
     Mm sorted, order;

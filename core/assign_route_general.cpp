@@ -47,7 +47,16 @@ bool positions_kept(const int* from, const int* to) {
     return true;
 }
 
-long long product(const int* d) { return static_cast<long long>(d[0]) * d[1] * d[2] * d[3]; }
+// Element count of dimensions d, or INT_MAX + 1 for any count past the int range (four dimensions
+// near 2^31 would overflow even a long long).
+long long product(const int* d) {
+    long long n = 1;
+    for (int k = 0; k < 4; ++k) {
+        n *= d[k];
+        if (n > INT_MAX) return INT_MAX + 1LL;
+    }
+    return n;
+}
 
 void start_walk(index_odometer& o, const int* extent) {
     for (int k = 0; k < 4; ++k) o.extent[k] = extent[k];

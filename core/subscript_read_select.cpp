@@ -274,21 +274,26 @@ index_value_text listed_value(const Mm& ix, const std::vector<int>& pos, int k) 
 }
 
 // Reports the first position of a two-index sparse read outside the matrix, in the order the full
-// read checks them (a column, then every row, then the other columns). False after a report.
+// read checks them (a column, then every row, then the other columns; the rows alone under a column
+// colon, which is not listed). False after a report.
 bool sparse_places_inside(const Mm& b, const Mm& I, const Mm& J, const std::vector<int>& rows,
                           const std::vector<int>& cols, long long C, int report) {
     const int R = b.dims[0];
-    for (int oc = 0; oc < static_cast<int>(cols.size()); ++oc) {
-        if (cols[oc] < 0 || cols[oc] >= C) {
-            if (report) report_two(b, I, J, false, listed_value(J, cols, oc), static_cast<int>(C));
-            return false;
-        }
-        if (oc > 0) continue;
+    auto rows_inside = [&]() {
         for (int orow = 0; orow < static_cast<int>(rows.size()); ++orow) {
             if (rows[orow] >= 0 && rows[orow] < R) continue;
             if (report) report_two(b, I, J, true, listed_value(I, rows, orow), R);
             return false;
         }
+        return true;
+    };
+    if (is_colon(J)) return rows_inside();  // the columns are not listed
+    for (int oc = 0; oc < static_cast<int>(cols.size()); ++oc) {
+        if (cols[oc] < 0 || cols[oc] >= C) {
+            if (report) report_two(b, I, J, false, listed_value(J, cols, oc), static_cast<int>(C));
+            return false;
+        }
+        if (oc == 0 && !rows_inside()) return false;
     }
     return true;
 }
@@ -301,8 +306,9 @@ bool read_sparse_two(const Mr& r, const Mm& b, const int* extent, int report, Mm
     const int R = b.dims[0];
     const long long C = static_cast<long long>(b.dims[1]) * b.dims[2] * b.dims[3];
     const int nr = extent[0], nc = extent[1];
-    const bool rcolon = is_colon(I);
-    std::vector<int> cols = place_positions(J, static_cast<int>(C), nc);
+    const bool rcolon = is_colon(I), ccolon = is_colon(J);
+    // A colon is walked through the stored entries, never listed: a row may have 2^31 - 1 columns.
+    std::vector<int> cols = ccolon ? std::vector<int>() : place_positions(J, static_cast<int>(C), nc);
     std::vector<int> rows = rcolon ? std::vector<int>() : place_positions(I, R, nr);
     if (nr > 0 && nc > 0 && !sparse_places_inside(b, I, J, rows, cols, C, report)) return false;
     const int complex = b.pi != nullptr;
@@ -325,23 +331,35 @@ bool read_sparse_two(const Mr& r, const Mm& b, const int* extent, int report, Mm
         out.index[count++] = static_cast<int>(position);
         return true;
     };
-    for (int oc = 0; oc < static_cast<int>(cols.size()); ++oc) {
-        const long long c = cols[oc];
-        const long long start = c * R;
-        const int* lo = std::lower_bound(first, last, start);
-        const int* hi = std::lower_bound(lo, last, start + R);
-        const long long column = static_cast<long long>(oc) * nr;
+    // The selected rows of column c, whose entries are [lo, hi), as column oc of the result.
+    auto read_column = [&](long long oc, long long c, const int* lo, const int* hi) {
+        const long long start = c * R, column = oc * nr;
         if (rcolon) {
             for (const int* e = lo; e < hi; ++e)
                 if (!append(column + (*e - start), static_cast<int>(e - first))) return false;
-            continue;
+            return true;
         }
         for (int orow = 0; orow < static_cast<int>(rows.size()); ++orow) {
-            const int row = rows[orow];
-            const int* e = std::lower_bound(lo, hi, start + row);
-            if (e != hi && *e == start + row)
+            const long long at = start + rows[orow];
+            const int* e = std::lower_bound(lo, hi, at);
+            if (e != hi && *e == at)
                 if (!append(column + orow, static_cast<int>(e - first))) return false;
         }
+        return true;
+    };
+    if (ccolon && R > 0) {
+        for (const int* lo = first; lo < last;) {
+            const long long c = *lo / R;
+            const int* hi = std::lower_bound(lo, last, (c + 1) * R);
+            if (!read_column(c, c, lo, hi)) return false;
+            lo = hi;
+        }
+    }
+    for (int oc = 0; oc < static_cast<int>(cols.size()); ++oc) {
+        const long long start = static_cast<long long>(cols[oc]) * R;
+        const int* lo = std::lower_bound(first, last, start);
+        const int* hi = std::lower_bound(lo, last, start + R);
+        if (!read_column(oc, cols[oc], lo, hi)) return false;
     }
     out.nnz = count;
     M_types f = b.flags;

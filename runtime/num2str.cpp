@@ -11,6 +11,7 @@
 #include "arklib/display.h"
 #include "arklib/sparse.h"
 #include "arklib/strings.h"
+#include "core/matrix_internal.h"
 #include "runtime/format_internal.h"
 
 namespace {
@@ -139,21 +140,30 @@ Mm number_text(const Mm& x, double prec, int fixed_width) {
     if (x.nnz == 0) return TM("All zeros sparse");
     int rows = x.rows(), cols = x.cols();
     std::string position_format;
+    long long w;
     if (rows == 1 || cols == 1) {
-        int w = static_cast<int>(x.size() * 0.3010299956639812) + 1;
+        w = static_cast<long long>(x.size() * 0.3010299956639812) + 1;
         position_format = "(%" + std::to_string(w) + "d) ";
     } else {
-        int w = static_cast<int>(std::log10(static_cast<double>(rows > cols ? rows : cols))) + 1;
+        w = static_cast<long long>(std::log10(static_cast<double>(rows > cols ? rows : cols))) + 1;
         position_format = "(%" + std::to_string(w) + "d,%" + std::to_string(w) + "d) ";
     }
+    // A long vector's positions are wide: a text that no matrix could hold is refused before it is
+    // written.
+    const long long head_width = rows == 1 || cols == 1 ? w + 3 : 2 * w + 4;
+    if (head_width * x.nnz > ak_internal::max_elements) {
+        error("Out of memory!");
+        return TM("");
+    }
+    std::string head(static_cast<size_t>(2 * w + 32), '\0');
     for (int k = 0; k < x.nnz; ++k) {
         int at = x.index[k];
-        char head[64];
+        int n;
         if (rows == 1 || cols == 1)
-            std::snprintf(head, sizeof head, position_format.c_str(), at + 1);
+            n = std::snprintf(&head[0], head.size(), position_format.c_str(), at + 1);
         else
-            std::snprintf(head, sizeof head, position_format.c_str(), at % rows + 1, at / rows + 1);
-        std::string line = head;
+            n = std::snprintf(&head[0], head.size(), position_format.c_str(), at % rows + 1, at / rows + 1);
+        std::string line = head.substr(0, n > 0 ? static_cast<size_t>(n) : 0);
         value_text(line, complex, real_format.c_str(), imag_format.c_str(), element(x, x.pr, k),
                    complex ? element(x, x.pi, k) : 0.0);
         lines.push_back(line);

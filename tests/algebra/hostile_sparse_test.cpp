@@ -10,11 +10,15 @@
 
 using namespace engine_test;
 
-TEST(HostileSparse, ColpermFreesItsColumnListWhenTheErrorThrows) {
-    // 2e8 columns: the column list (800 MB of address space) is made, the count row cannot be.
+TEST(HostileSparse, ColpermRefusesTooManyColumnsWithoutLosingMemory) {
+    // 2e8 columns (a column list of 800 MB) and 2^31 - 1 with an entry (one that would be written
+    // whole): the count row cannot be made, and nothing made before the report is kept.
     const Mm wide = sparse(Mm(1.0), Mm(2e8));
+    Mm wider = sparse(Mm(1.0), Mm(2147483647.0));
+    wider(7.0) = 1.0;
     const size_t mapped = mallinfo2().hblkhd;
     for (int k = 0; k < 3; ++k) EXPECT_ERROR(colperm(wide), "Out of memory!");
+    EXPECT_ERROR(colperm(wider), "Out of memory!");
     // Large blocks are mapped one by one: a list left behind would still be counted.
     EXPECT_LT(mallinfo2().hblkhd, mapped + (100u << 20));
     // Column counts 2, 0, 1 of [1 0 1; 1 0 0].

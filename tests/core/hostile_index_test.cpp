@@ -221,6 +221,17 @@ TEST(HostileIndex, DeletionFromVeryWideSparseMatrices) {
     EXPECT_EQ(D({2, 2, 999999998, 1, 1}), dims(m));
     EXPECT_EQ(P({1999999994}), positions(m));
     EXPECT_EQ(V({4}), values(m));
+    // Reads under a colon walk the entries, not the columns.
+    Mm top = w(1.0, c_p);
+    EXPECT_EQ(D({2, 1, 2147483645, 1, 1}), dims(top));
+    EXPECT_EQ(P({3, 2147483644}), positions(top));
+    Mm column = sparse(Mm(2147483647.0), Mm(1.0));
+    column(9.0) = 2.0;
+    Mm down = column(c_p, 1.0);
+    EXPECT_EQ(D({2, 2147483647, 1, 1, 1}), dims(down));
+    EXPECT_EQ(P({8}), positions(down));
+    EXPECT_ERROR(Mm t = w(2.0, c_p),
+                 "(temporary)(=2,:): row index out of matrix. Index was 2 but indexed matrix has 1 rows.");
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     EXPECT_LT(seconds, 2.0);
 }

@@ -53,3 +53,20 @@ TEST(HostileFormat, SprintfOutputTooLongIsRefusedAtOnce) {
     EXPECT_EQ(' ', static_cast<char>(wide.addr()[0]));
     EXPECT_EQ('5', static_cast<char>(wide.addr()[299999]));
 }
+
+TEST(HostileFormat, Num2strOfALongSparseVector) {
+    // The position field is as wide as a tenth of a digit per element: for 2^31 - 1 elements no
+    // text could hold it, and that is said before anything is written.
+    Mm wide = sparse(Mm(1.0), Mm(2147483647.0));
+    wide(3.0) = 7.0;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_ERROR(num2str(wide), "Out of memory!");
+    EXPECT_ERROR(int2str(wide), "Out of memory!");
+    EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1.0);
+    // 300 elements: a field of 91 digits, written whole.
+    Mm some = sparse(Mm(1.0), Mm(300.0));
+    some(300.0) = 1.0;
+    Mm text = num2str(some);
+    EXPECT_EQ(1, text.rows());
+    EXPECT_EQ(1 + 91 + 2 + 3, text.cols());  // "(", 91 places, ") ", the value in a field of 3
+}
