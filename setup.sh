@@ -3,7 +3,8 @@
 #   ./setup.sh demo    installs what is missing, builds, runs the demo programs
 #   ./setup.sh test    installs what is missing, builds, runs the whole test suite
 #   ./setup.sh build   installs what is missing and builds
-# Set ARKLIB_SANITIZE=1 to build into build-asan with AddressSanitizer and UBSan.
+# Set ARKLIB_SANITIZE=1 to build into build-asan with AddressSanitizer and UBSan, or
+# ARKLIB_SANITIZE=thread to build into build-tsan with ThreadSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")"
 mode=${1:-test}
@@ -24,6 +25,8 @@ fi
 build=build; extra=()
 if [ "${ARKLIB_SANITIZE:-0}" = 1 ]; then
   build=build-asan; extra=(-DARKLIB_SANITIZE=ON -DARKLIB_BENCH=OFF)
+elif [ "${ARKLIB_SANITIZE:-0}" = thread ]; then
+  build=build-tsan; extra=(-DARKLIB_SANITIZE=thread -DARKLIB_BENCH=OFF)
 fi
 jobs=$(nproc)
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DARKLIB_STRICT_LINK=ON "${extra[@]}"

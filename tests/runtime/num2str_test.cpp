@@ -11,7 +11,7 @@ using namespace engine_test;
 
 namespace {
 
-std::vector<std::string> lines(const Mm& m) {
+std::vector<std::string> text_lines(const Mm& m) {
     std::vector<std::string> out(m.rows());
     int cols = m.rows() ? m.size() / m.rows() : 0;
     for (int c = 0; c < cols; ++c)
@@ -20,7 +20,7 @@ std::vector<std::string> lines(const Mm& m) {
 }
 
 std::string text(const Mm& m) {
-    std::vector<std::string> l = lines(m);
+    std::vector<std::string> l = text_lines(m);
     EXPECT_LE(l.size(), 1u);
     return l.empty() ? std::string() : l[0];
 }
@@ -30,7 +30,7 @@ std::string text(const Mm& m) {
 TEST(Num2str, WidthsAndPrecision) {
     EXPECT_EQ("3.142", text(num2str(pi)));
     EXPECT_EQ("  3.1415927", text(num2str(pi, Mm(8.0))));  // the full form strips nothing
-    EXPECT_EQ((std::vector<std::string>{"1  2", "3  4"}), lines(num2str(mat(2, 2, {1, 2, 3, 4}))));
+    EXPECT_EQ((std::vector<std::string>{"1  2", "3  4"}), text_lines(num2str(mat(2, 2, {1, 2, 3, 4}))));
     EXPECT_EQ("-Inf   Inf", text(num2str(row({-INFINITY, INFINITY}))));
 
     Mm s, w;
@@ -60,14 +60,14 @@ TEST(Num2str, StringsEmptiesAndValuesWithoutType) {
 }
 
 TEST(Num2str, SparseListsAndInt2str) {
-    EXPECT_EQ((std::vector<std::string>{"( 2)   3", "( 4)   4"}), lines(num2str(sparse(row({0, 3, 0, 4})))));
+    EXPECT_EQ((std::vector<std::string>{"( 2)   3", "( 4)   4"}), text_lines(num2str(sparse(row({0, 3, 0, 4})))));
     Mm m = sparse(mat(3, 3, {0, 0, 0, 0, 0, 7, 0, 0, 0}));
-    EXPECT_EQ((std::vector<std::string>{"(2,3)   7"}), lines(num2str(m)));
+    EXPECT_EQ((std::vector<std::string>{"(2,3)   7"}), text_lines(num2str(m)));
     EXPECT_EQ("-3   1", text(int2str(row({-2.5, 1.2}))));
 }
 
 TEST(Mat2str, RowsAreLinesOfACharacterMatrix) {
-    EXPECT_EQ((std::vector<std::string>{"[ 1 2;", " 3 4] "}), lines(mat2str(mat(2, 2, {1, 2, 3, 4}))));
+    EXPECT_EQ((std::vector<std::string>{"[ 1 2;", " 3 4] "}), text_lines(mat2str(mat(2, 2, {1, 2, 3, 4}))));
     EXPECT_EQ("[]", text(mat2str(Mm())));
     EXPECT_EQ(" 0.333", text(mat2str(Mm(1.0 / 3), Mm(3.0))));
     EXPECT_EQ(" 0.333333333333333", text(mat2str(Mm(1.0 / 3))));
