@@ -3,6 +3,7 @@
 #include "arklib/arith.h"
 #include "arklib/calling.h"
 #include "arklib/cells.h"
+#include "arklib/linalg.h"
 #include "core/arith_internal.h"
 
 using ak_internal::element;
@@ -49,8 +50,7 @@ Mm isnan(const Mm& a) { return logical_result(element(0, a, zero_M, op_isnan)); 
 Mm mrdivide(const Mm& a, const Mm& b) {
     if (a.fields || b.fields) return call_class_function("mrdivide", a, b);
     if (b.size() == 1) return element(has_pi(a, b), a, b, op_rdivide);
-    error("%s is not yet implemented", "mrdivide");
-    return x_M;
+    return ak_right_divide(a, b);
 }
 
 Mm ak_apply(Mm (*named)(const Mm&, const Mm&), const Mm& a, double b) { return named(a, Mm(b)); }

@@ -37,3 +37,4 @@
 #include "arklib/quadrature.h"
 #include "arklib/matrix_functions.h"
 #include "arklib/special.h"
+#include "arklib/linalg.h"

@@ -189,8 +189,7 @@ Mm del2(const Mm& u, const Mm& h);
 // ---- matrix products ---------------------------------------------------------------------------------
 Mm mtimes(const Mm& a, const Mm& b);
 Mm mtimes(const Mm& a);
-// a / b: element-wise for a scalar divisor; a matrix divisor needs the right division of the linear
-// solvers, which this library does not have yet, and is reported.
+// a / b: element-wise for a scalar divisor, otherwise the right matrix division (b' \ a')'.
 Mm mrdivide(const Mm& a, const Mm& b);
 Mm mrdivide(const Mm& a);
 Mm transpose(const Mm& a);
