@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "algebra/complex_scalar.h"
+#include "algebra/sparse_internal.h"
 #include "algebra/sparse_walk.h"
 #include "arklib/sparse.h"
 #include "core/engine_internal.h"
@@ -37,8 +38,13 @@ struct run {
 struct entry_list {
     std::vector<int> pos;
     std::vector<double> re, im;
+    bool full = false;  // more entries than a sparse matrix may hold: the rest are dropped
     void push(long long p, double r, double i) {
         if (r == 0.0 && i == 0.0) return;
+        if (pos.size() >= static_cast<std::size_t>(max_sparse_entries)) {
+            full = true;
+            return;
+        }
         pos.push_back(static_cast<int>(p));
         re.push_back(r);
         im.push_back(i);
@@ -260,10 +266,25 @@ Mm along_columns(int complex, const Mm& a, op_t op, int nd, const int* rdims, Mm
     const int n = a.dims[1], m = a.dims[0];
     const bool several = a.size() > 1;
     if (op == op_cumsum || op == op_cumprod) {
+        // A running form can fill every place of a run after its first entry; refused before the
+        // walk when that could be more than a sparse matrix may hold.
+        long long most = 0;
+        for_each_column(a, [&](int, const run& r) { most += r.len - r.row(r.first); });
+        if (most > max_sparse_entries) {
+            error("Out of memory!");
+            return x_M;
+        }
         for_each_column(a, [&](int col, const run& r) {
+            if (out.full) return;
             long long base = static_cast<long long>(col) * m;
             scan_run(op, r, [&](int row, double x, double y) { out.push(base + row, x, y); });
         });
+        if (out.full) {
+            // A running sum fills every place after the first entry of its run: more than the
+            // position list can hold.
+            error("Out of memory!");
+            return x_M;
+        }
         return sparse_of(complex, nd, rdims, out, true);
     }
     double* where = index ? index->addr() : nullptr;

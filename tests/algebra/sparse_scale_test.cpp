@@ -294,6 +294,9 @@ TEST(SparseScale, LargestPositionListWithoutAFullForm) {
     EXPECT_TRUE(std::equal(a.index, a.index + a.nnz, back.index));
     EXPECT_TRUE(std::equal(a.addr(), a.addr() + a.nnz, back.addr()));
 
+    // A running sum would fill most of the 2^31 places: refused, not attempted.
+    EXPECT_ERROR(cumsum(a), "Out of memory!");
+
     // A * A: column j of the product from the columns of a, checked on a few columns.
     Mm aa = mtimes(a, a);
     ASSERT_TRUE(aa.flags.sparse);
