@@ -235,9 +235,86 @@ Mm qp_matrices(const Mm& H, const Mm& c, const Mm& A, const Mm& b, const Mm& vlb
     return column(xv, n);
 }
 
+// conls: min norm(A x - b) under the constraints of qp, as the quadratic programme with H = A'A and
+// c = -A'b.
+Mm conls_matrices(const Mm& A, const Mm& b, const Mm& C, const Mm& d, const Mm& vlb, const Mm& vub, const Mm& neq,
+                  const Mm& display, Mm& lambda, Mm& how) {
+    lambda = Mm();
+    how = TM("");
+    dense_t da = dense(A), db = dense(b);
+    if (da.rows != static_cast<int>(db.v.size())) {
+        error("conls: A and b must have same number of rows");
+        return x_M;
+    }
+    const int m = da.rows, n = da.cols;
+    Mm H(0, 0, 0, n, n, ak_double), c(0, 0, 0, n, 1, ak_double);
+    for (int i = 0; i < n; ++i) {
+        for (int j = 0; j < n; ++j) {
+            double s = 0;
+            for (int k = 0; k < m; ++k) s += da.v[k + static_cast<long>(i) * m] * da.v[k + static_cast<long>(j) * m];
+            H.addr()[i + static_cast<long>(j) * n] = s;
+        }
+        double s = 0;
+        for (int k = 0; k < m; ++k) s += da.v[k + static_cast<long>(i) * m] * db.v[k];
+        c.addr()[i] = -s;
+    }
+    return qp_matrices(H, c, C, d, vlb, vub, neq, display, lambda, how);
+}
+
 }  // namespace
 
 #define M const Mm&
+Mm conls(M A) {
+    error_input("conls", 1);
+    return x_M;
+}
+Mm conls(M, M) {
+    error_input("conls", 2);
+    return x_M;
+}
+Mm conls(M, M, M) {
+    error_input("conls", 3);
+    return x_M;
+}
+Mm conls(M A, M b, M C, M d) {
+    Mm l, h;
+    return conls_matrices(A, b, C, d, Mm(), Mm(), Mm(), Mm(), l, h);
+}
+Mm conls(M A, M b, M C, M d, M vlb) {
+    Mm l, h;
+    return conls_matrices(A, b, C, d, vlb, Mm(), Mm(), Mm(), l, h);
+}
+Mm conls(M A, M b, M C, M d, M vlb, M vub) {
+    Mm l, h;
+    return conls_matrices(A, b, C, d, vlb, vub, Mm(), Mm(), l, h);
+}
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M) {
+    Mm l, h;
+    return conls_matrices(A, b, C, d, vlb, vub, Mm(), Mm(), l, h);
+}
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M, M neq) {
+    Mm l, h;
+    return conls_matrices(A, b, C, d, vlb, vub, neq, Mm(), l, h);
+}
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M, M neq, M display) {
+    Mm l, h;
+    return conls_matrices(A, b, C, d, vlb, vub, neq, display, l, h);
+}
+Mm conls(M A, M b, M C, M d, i_o_t, Mm& l) {
+    Mm h;
+    return conls_matrices(A, b, C, d, Mm(), Mm(), Mm(), Mm(), l, h);
+}
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M, M neq, M display, i_o_t, Mm& l) {
+    Mm h;
+    return conls_matrices(A, b, C, d, vlb, vub, neq, display, l, h);
+}
+Mm conls(M A, M b, M C, M d, i_o_t, Mm& l, Mm& h) {
+    return conls_matrices(A, b, C, d, Mm(), Mm(), Mm(), Mm(), l, h);
+}
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M, M neq, M display, i_o_t, Mm& l, Mm& h) {
+    return conls_matrices(A, b, C, d, vlb, vub, neq, display, l, h);
+}
+
 Mm lp(M c) {
     Mm l, h;
     if (!c.isstr()) {
@@ -412,5 +489,10 @@ AK_BUILTIN("qp", AK_FN(qp, M), AK_FN(qp, M, M), AK_FN(qp, M, M, M), AK_FN(qp, M,
            AK_FN(qp, M, M, M, M, I, Mm&, Mm&), AK_FN(qp, M, M, M, M, M, I, Mm&, Mm&),
            AK_FN(qp, M, M, M, M, M, M, I, Mm&, Mm&), AK_FN(qp, M, M, M, M, M, M, M, I, Mm&, Mm&),
            AK_FN(qp, M, M, M, M, M, M, M, M, I, Mm&, Mm&), AK_FN(qp, M, M, M, M, M, M, M, M, M, I, Mm&, Mm&));
+AK_BUILTIN("conls", AK_FN(conls, M), AK_FN(conls, M, M), AK_FN(conls, M, M, M), AK_FN(conls, M, M, M, M),
+           AK_FN(conls, M, M, M, M, M), AK_FN(conls, M, M, M, M, M, M), AK_FN(conls, M, M, M, M, M, M, M),
+           AK_FN(conls, M, M, M, M, M, M, M, M), AK_FN(conls, M, M, M, M, M, M, M, M, M),
+           AK_FN(conls, M, M, M, M, I, Mm&), AK_FN(conls, M, M, M, M, M, M, M, M, M, I, Mm&),
+           AK_FN(conls, M, M, M, M, I, Mm&, Mm&), AK_FN(conls, M, M, M, M, M, M, M, M, M, I, Mm&, Mm&));
 #undef I
 #undef M

@@ -128,6 +128,22 @@ Mm qp(M H, M c, M A, M b, M vlb, M vub, i_o_t, Mm& lambda, Mm& how);
 Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& lambda, Mm& how);
 Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, i_o_t, Mm& lambda, Mm& how);
 Mm qp(M H, M c, M A, M b, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda, Mm& how);
+
+// conls(A, b, C, d, vlb, vub, x0, neqcstr, display): min norm(A x - b) with C x <= d (the first
+// neqcstr rows equalities) and the bounds; outputs as qp.
+Mm conls(M A);
+Mm conls(M A, M b);
+Mm conls(M A, M b, M C);
+Mm conls(M A, M b, M C, M d);
+Mm conls(M A, M b, M C, M d, M vlb);
+Mm conls(M A, M b, M C, M d, M vlb, M vub);
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M x0);
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M x0, M neqcstr);
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M x0, M neqcstr, M display);
+Mm conls(M A, M b, M C, M d, i_o_t, Mm& lambda);
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda);
+Mm conls(M A, M b, M C, M d, i_o_t, Mm& lambda, Mm& how);
+Mm conls(M A, M b, M C, M d, M vlb, M vub, M x0, M neqcstr, M display, i_o_t, Mm& lambda, Mm& how);
 #undef M
 
 // ---- nonlinear constraints --------------------------------------------------------------------------

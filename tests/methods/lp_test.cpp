@@ -136,3 +136,19 @@ TEST(Qp, KnownOptimaAndStatusWords) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Conls, ConstrainedLeastSquares) {
+    ak_test::Recorder rec;
+    // The nearest point to (3, 1) in the half plane x1 + x2 <= 2: (2, 0).
+    Mm lambda, how;
+    Mm x = conls(matrix(2, 2, {1, 0, 0, 1}), col({3, 1}), matrix(1, 2, {1, 1}), col({2}), i_o, lambda, how);
+    EXPECT_NEAR(x.addr()[0], 2, 1e-10);
+    EXPECT_NEAR(x.addr()[1], 0, 1e-10);
+    EXPECT_EQ(word(how), "ok");
+    EXPECT_ERROR(conls(matrix(2, 2, {1, 0, 0, 1}), col({3}), matrix(1, 2, {1, 1}), col({2})),
+                 "conls: A and b must have same number of rows");
+}
+
+}  // namespace
