@@ -165,6 +165,17 @@ Mm constr(M f, M x, M options, M vlb, M vub, i_o_t, Mm& options_out);
 Mm constr(M f, M x, M options, M vlb, M vub, M grad, i_o_t, Mm& options_out);
 Mm constr(M f, M x, M options, M vlb, M vub, M grad, M params, i_o_t, Mm& options_out);
 
+// curvefit(f, x, xdata, ydata, options, grad, params): x minimising the sum of squares of
+// f(x, xdata) - ydata; grad is accepted and unused. options_out holds the sum at 8 and the calls at 10.
+Mm curvefit(M f, M x, M xdata, M ydata);
+Mm curvefit(M f, M x, M xdata, M ydata, M options);
+Mm curvefit(M f, M x, M xdata, M ydata, M options, M grad);
+Mm curvefit(M f, M x, M xdata, M ydata, M options, M grad, M params);
+Mm curvefit(M f, M x, M xdata, M ydata, i_o_t, Mm& options_out);
+Mm curvefit(M f, M x, M xdata, M ydata, M options, i_o_t, Mm& options_out);
+Mm curvefit(M f, M x, M xdata, M ydata, M options, M grad, i_o_t, Mm& options_out);
+Mm curvefit(M f, M x, M xdata, M ydata, M options, M grad, M params, i_o_t, Mm& options_out);
+
 // ---- non-negative least squares ------------------------------------------------------------------------
 // nnls(a, b, tol): x >= 0 minimising norm(a x - b); w is the dual vector a'(b - a x) and p the
 // indices of the positive elements of x.

@@ -135,3 +135,34 @@ TEST(Nnls, ClampsTheNegativePartToZero) {
 }
 
 }  // namespace
+
+namespace {
+
+// a exp(b t) at the points t.
+Mm exponential(const Mm& x, const Mm& t) {
+    Mm r(0, 0, 0, t.rows(), t.cols(), ak_double);
+    for (int k = 0; k < t.size(); ++k) r.addr()[k] = x.addr()[0] * std::exp(x.addr()[1] * t.addr()[k]);
+    return r;
+}
+
+TEST(Curvefit, RecoversTheParametersOfExactData) {
+    ak_feval_func_t saved = feval_func;
+    ak_use_builtin_feval();
+    ak_register_function("exponential", exponential);
+    Mm t(0, 0, 0, 1, 12, ak_double), y(0, 0, 0, 1, 12, ak_double);
+    for (int k = 0; k < 12; ++k) {
+        t.addr()[k] = 0.25 * k;
+        y.addr()[k] = 2 * std::exp(-0.5 * t.addr()[k]);
+    }
+    Mm out;
+    Mm x = curvefit(TM("exponential"), ak_test::row({1, 0}), t, y, ak_test::row({0, 1e-10, 1e-14}), i_o, out);
+    EXPECT_NEAR(x.addr()[0], 2, 1e-6);
+    EXPECT_NEAR(x.addr()[1], -0.5, 1e-6);
+    EXPECT_LT(out.addr()[7], 1e-12);
+    EXPECT_ERROR(curvefit(TM("exponential"), ak_test::row({1, 0}), t, ak_test::row({1, 2})),
+                 "curvefit: the function must return as many values as ydata has (2)");
+    ak_unregister_function("exponential");
+    feval_func = saved;
+}
+
+}  // namespace
