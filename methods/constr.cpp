@@ -27,6 +27,7 @@ struct problem_t {
     Mm shape;
     int n = 0, ng = 0, neq = 0;
     bool constrained = true;
+    bool minimax = false;  // the unknowns are x and a bound t on every element of f(x)
     int calls = 0;
     vec lb, ub;
 
@@ -45,12 +46,19 @@ struct problem_t {
             error("constr: the target function returned empty result.");
             return false;
         }
-        *f = reduce_result(out[0], false);
         g.clear();
         if (constrained && out[1].size() > 0 && out[1].flags.type != ak_mm) {
             Mm d = full(mdouble(out[1]));
             g.assign(d.addr(), d.addr() + d.size());
         }
+        if (minimax) {  // minimise t with f_i(x) - t <= 0 after the user's own constraints
+            Mm v = full(mdouble(out[0]));
+            const double t = x[n - 1];
+            *f = t;
+            for (int i = 0; i < v.size(); ++i) g.push_back(v.addr()[i] - t);
+            return true;
+        }
+        *f = reduce_result(out[0], false);
         return true;
     }
 
@@ -170,7 +178,7 @@ vec bound_vector(const Mm& v, int n, double fill) {
 }
 
 Mm constr_run(const Mm& fname, const Mm& x0_in, const Mm& options, const Mm& vlb, const Mm& vub, const Mm& grad,
-              const Mm& params, bool constrained, const char* who, Mm& options_out) {
+              const Mm& params, bool constrained, const char* who, Mm& options_out, bool minimax = false) {
     options_t o = options_from_vector(options);
     options_out = o.matrix();
     char name[1024];
@@ -178,21 +186,33 @@ Mm constr_run(const Mm& fname, const Mm& x0_in, const Mm& options, const Mm& vlb
     problem_t P(params);
     P.name = TM(name);
     P.constrained = constrained;
-    if (grad.isstr() && grad.size() > 0) P.grad = grad;
+    if (grad.isstr() && grad.size() > 0 && !minimax) P.grad = grad;
     const Mm x0 = full(mdouble(x0_in));
     P.shape = x0;
-    P.n = x0.size();
+    P.minimax = minimax;
+    P.n = x0.size() + (minimax ? 1 : 0);
     const int n = P.n;
-    if (n == 0) return x0;
+    if (x0.size() == 0) return x0;
     P.lb = bound_vector(vlb, n, -INFINITY);
     P.ub = bound_vector(vub, n, INFINITY);
-    vec x(x0.addr(), x0.addr() + n), g, df, dg, d, mult;
+    if (minimax) {  // t has no bounds
+        if (!P.lb.empty()) P.lb[n - 1] = -INFINITY;
+        if (!P.ub.empty()) P.ub[n - 1] = INFINITY;
+    }
+    vec x(x0.addr(), x0.addr() + x0.size()), g, df, dg, d, mult;
+    if (minimax) x.push_back(0);
     for (int j = 0; j < n; ++j) {  // start inside the box
         if (!P.lb.empty() && x[j] < P.lb[j]) x[j] = P.lb[j];
         if (!P.ub.empty() && x[j] > P.ub[j]) x[j] = P.ub[j];
     }
     double f;
     if (!P.eval(x.data(), &f, g)) return x_M;
+    if (minimax) {  // start t at the largest element
+        double top = -INFINITY;
+        for (std::size_t i = 0; i < g.size(); ++i) top = std::fmax(top, g[i]);
+        x[n - 1] = std::isfinite(top) ? top : 0;
+        if (!P.eval(x.data(), &f, g)) return x_M;
+    }
     P.ng = static_cast<int>(g.size());
     P.neq = static_cast<int>(o.at(13));
     int nbounds = 0;
@@ -314,6 +334,48 @@ Mm constr(M f, M x, M opt, M vlb, M vub, M grad, M params, i_o_t, Mm& o) {
     return constr_run(f, x, opt, vlb, vub, grad, params, true, "constr", o);
 }
 
+// minimax: the smallest largest element of f(x), [F, G] = f(x) with G as in constr.
+Mm minimax(M f, M x) {
+    Mm o;
+    return constr_run(f, x, Mm(), Mm(), Mm(), Mm(), Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt) {
+    Mm o;
+    return constr_run(f, x, opt, Mm(), Mm(), Mm(), Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb) {
+    Mm o;
+    return constr_run(f, x, opt, vlb, Mm(), Mm(), Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb, M vub) {
+    Mm o;
+    return constr_run(f, x, opt, vlb, vub, Mm(), Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb, M vub, M grad) {
+    Mm o;
+    return constr_run(f, x, opt, vlb, vub, grad, Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb, M vub, M grad, M params) {
+    Mm o;
+    return constr_run(f, x, opt, vlb, vub, grad, params, true, "minimax", o, true);
+}
+Mm minimax(M f, M x, i_o_t, Mm& o) { return constr_run(f, x, Mm(), Mm(), Mm(), Mm(), Mm(), true, "minimax", o, true); }
+Mm minimax(M f, M x, M opt, i_o_t, Mm& o) {
+    return constr_run(f, x, opt, Mm(), Mm(), Mm(), Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb, i_o_t, Mm& o) {
+    return constr_run(f, x, opt, vlb, Mm(), Mm(), Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb, M vub, i_o_t, Mm& o) {
+    return constr_run(f, x, opt, vlb, vub, Mm(), Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb, M vub, M grad, i_o_t, Mm& o) {
+    return constr_run(f, x, opt, vlb, vub, grad, Mm(), true, "minimax", o, true);
+}
+Mm minimax(M f, M x, M opt, M vlb, M vub, M grad, M params, i_o_t, Mm& o) {
+    return constr_run(f, x, opt, vlb, vub, grad, params, true, "minimax", o, true);
+}
+
 // fminu: the same engine without constraints; f gives one output.
 Mm fminu(M f, M x) {
     Mm o;
@@ -346,6 +408,11 @@ AK_BUILTIN("constr", AK_FN(constr, M, M), AK_FN(constr, M, M, M), AK_FN(constr, 
            AK_FN(constr, M, M, I, Mm&), AK_FN(constr, M, M, M, I, Mm&), AK_FN(constr, M, M, M, M, I, Mm&),
            AK_FN(constr, M, M, M, M, M, I, Mm&), AK_FN(constr, M, M, M, M, M, M, I, Mm&),
            AK_FN(constr, M, M, M, M, M, M, M, I, Mm&));
+AK_BUILTIN("minimax", AK_FN(minimax, M, M), AK_FN(minimax, M, M, M), AK_FN(minimax, M, M, M, M),
+           AK_FN(minimax, M, M, M, M, M), AK_FN(minimax, M, M, M, M, M, M), AK_FN(minimax, M, M, M, M, M, M, M),
+           AK_FN(minimax, M, M, I, Mm&), AK_FN(minimax, M, M, M, I, Mm&), AK_FN(minimax, M, M, M, M, I, Mm&),
+           AK_FN(minimax, M, M, M, M, M, I, Mm&), AK_FN(minimax, M, M, M, M, M, M, I, Mm&),
+           AK_FN(minimax, M, M, M, M, M, M, M, I, Mm&));
 AK_BUILTIN("fminu", AK_FN(fminu, M, M), AK_FN(fminu, M, M, M), AK_FN(fminu, M, M, M, M), AK_FN(fminu, M, M, M, M, M),
            AK_FN(fminu, M, M, I, Mm&), AK_FN(fminu, M, M, M, I, Mm&), AK_FN(fminu, M, M, M, M, I, Mm&),
            AK_FN(fminu, M, M, M, M, M, I, Mm&));

@@ -165,6 +165,21 @@ Mm constr(M f, M x, M options, M vlb, M vub, i_o_t, Mm& options_out);
 Mm constr(M f, M x, M options, M vlb, M vub, M grad, i_o_t, Mm& options_out);
 Mm constr(M f, M x, M options, M vlb, M vub, M grad, M params, i_o_t, Mm& options_out);
 
+// minimax(f, x, options, vlb, vub, grad, params): x making the largest element of F smallest, where
+// [F, G] = f(x) and G are constraints as in constr; grad is accepted and unused.
+Mm minimax(M f, M x);
+Mm minimax(M f, M x, M options);
+Mm minimax(M f, M x, M options, M vlb);
+Mm minimax(M f, M x, M options, M vlb, M vub);
+Mm minimax(M f, M x, M options, M vlb, M vub, M grad);
+Mm minimax(M f, M x, M options, M vlb, M vub, M grad, M params);
+Mm minimax(M f, M x, i_o_t, Mm& options_out);
+Mm minimax(M f, M x, M options, i_o_t, Mm& options_out);
+Mm minimax(M f, M x, M options, M vlb, i_o_t, Mm& options_out);
+Mm minimax(M f, M x, M options, M vlb, M vub, i_o_t, Mm& options_out);
+Mm minimax(M f, M x, M options, M vlb, M vub, M grad, i_o_t, Mm& options_out);
+Mm minimax(M f, M x, M options, M vlb, M vub, M grad, M params, i_o_t, Mm& options_out);
+
 // curvefit(f, x, xdata, ydata, options, grad, params): x minimising the sum of squares of
 // f(x, xdata) - ydata; grad is accepted and unused. options_out holds the sum at 8 and the calls at 10.
 Mm curvefit(M f, M x, M xdata, M ydata);

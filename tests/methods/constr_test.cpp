@@ -166,3 +166,26 @@ TEST(Curvefit, RecoversTheParametersOfExactData) {
 }
 
 }  // namespace
+
+namespace {
+
+// Three lines |x - 1|, |x + 2| as four affine pieces: the largest is smallest at x = -0.5, value 1.5.
+Mm pieces(const Mm& x, i_o_t, Mm& g) {
+    const double v = x.addr()[0];
+    g = Mm();
+    return column({v - 1, 1 - v, v + 2, -v - 2});
+}
+
+TEST(Minimax, SmallestLargestElement) {
+    ak_feval_func_t saved = feval_func;
+    ak_use_builtin_feval();
+    ak_register_function("pieces", pieces);
+    Mm out;
+    Mm x = minimax(TM("pieces"), Mm(3.0), ak_test::row({0, 1e-8, 1e-10}), i_o, out);
+    EXPECT_NEAR(scalar(x), -0.5, 1e-6);
+    EXPECT_NEAR(out.addr()[7], 1.5, 1e-6);
+    ak_unregister_function("pieces");
+    feval_func = saved;
+}
+
+}  // namespace
