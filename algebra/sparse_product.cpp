@@ -260,7 +260,7 @@ Mm sparse_times_sparse(const Mm& a, const Mm& b) {
     }
     const int count = static_cast<int>(pos.size());
     Mm c = sparse_of_shape(complex, count, m, n);
-    if (c.nnz < count) return c;
+    if (c.nnz < count || count == 0) return c;
     std::memcpy(c.index, pos.data(), sizeof(int) * static_cast<std::size_t>(count));
     std::memcpy(c.pr, vr.data(), sizeof(double) * static_cast<std::size_t>(count));
     if (complex) std::memcpy(c.pi, vi.data(), sizeof(double) * static_cast<std::size_t>(count));
