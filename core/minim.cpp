@@ -30,7 +30,7 @@ void miniM::setsize(int rows, int cols, int depth) {
 void miniM::setsize(int n, const int* d) {
     if (n > 4) n = 4;
     ndims = n;
-    for (int k = 0; k < 4; ++k) dims[k] = k < n ? d[k] : 0;
+    for (int k = 0; k < 4; ++k) dims[k] = k < n ? d[k] : 1;
 }
 
 int miniM::size() const {

@@ -134,6 +134,8 @@ ak_engine_table ak_engine_install(const ak_engine_table& table) {
 namespace ak_internal {
 
 void engine_connect(int remaining) {
+    // A table put in place before start-up (by a host or a test) is kept.
+    if (ak_engine.qor_init == null_engine.qor_init) engine_load();
     ak_engine.qor_init(ARKLIB_VERSION, remaining);
     ak_engine.qor_set_event_handler(graphics_event);
     ak_engine.qor_set_error_handler(engine_error);

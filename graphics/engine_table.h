@@ -66,7 +66,10 @@ ak_engine_table ak_engine_install(const ak_engine_table& table);
 
 namespace ak_internal {
 
-// Introduces the library to the engine at load time: the version and `remaining`, then the three
+// Fills the table from the engine library (see engine_load.cpp); false when none was found.
+bool engine_load();
+// Introduces the library to the engine at load time: loads our engine unless a table is already
+// in place, then passes the version and `remaining`, then the three
 // receivers (matrices sent by the engine, engine errors, UserData to free), in that order.
 void engine_connect(int remaining);
 // Gives the engine null for the three receivers, in the same order.

@@ -38,3 +38,4 @@
 #include "arklib/matrix_functions.h"
 #include "arklib/special.h"
 #include "arklib/linalg.h"
+#include "arklib/graphics.h"

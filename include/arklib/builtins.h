@@ -100,7 +100,7 @@ void thunk(void (*fn)(), const Mm* in, Mm* out) {
 
 template <class... A>
 void add_form(const char* name, const char* family, Mm (*f)(A...)) {
-    constexpr std::size_t nin = marker_position<A...>();
+    [[maybe_unused]] constexpr std::size_t nin = marker_position<A...>();
     constexpr std::size_t nout = nin == sizeof...(A) ? 1 : sizeof...(A) - nin;
     static_assert(((std::is_same_v<std::decay_t<A>, Mm> || std::is_same_v<std::decay_t<A>, i_o_t>) && ...),
                   "a registered form takes Mm inputs, the i_o marker and Mm& outputs only");

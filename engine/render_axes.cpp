@@ -1,0 +1,255 @@
+// Drawing an axes: background, grid, the objects it holds, axis lines, ticks, tick labels, labels,
+// title and legend.
+#include <cmath>
+#include <cstdio>
+
+#include "engine/render_internal.h"
+
+namespace ae {
+
+namespace {
+
+std::string tick_text(double v) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%g", std::fabs(v) < 1e-12 ? 0.0 : v);
+    return buf;
+}
+
+// The labels of the ticks of axis k: manual texts are used in turn, else the numbers.
+std::vector<std::string> tick_labels(const Object& ax, int k, const std::vector<double>& ticks) {
+    static const char* label[3] = {"XTickLabel", "YTickLabel", "ZTickLabel"};
+    static const char* mode[3] = {"XTickLabelMode", "YTickLabelMode", "ZTickLabelMode"};
+    std::vector<std::string> out;
+    std::vector<std::string> given;
+    if (same_word(ax.word(mode[k]), "manual")) {
+        const Value& v = ax.get(label[k]);
+        if (v.str) {
+            given = v.lines();
+            if (given.size() == 1 && given[0].find('|') != std::string::npos) {
+                std::string s = given[0], part;
+                given.clear();
+                for (char c : s) {
+                    if (c == '|') given.push_back(part), part.clear();
+                    else part += c;
+                }
+                given.push_back(part);
+            }
+        } else {
+            for (double x : v.d) given.push_back(tick_text(x));
+        }
+        if (given.empty()) return std::vector<std::string>(ticks.size());
+    }
+    for (size_t i = 0; i < ticks.size(); ++i)
+        out.push_back(given.empty() ? tick_text(ticks[i]) : given[i % given.size()]);
+    return out;
+}
+
+void line(const Painter& p, double x1, double y1, double x2, double y2) {
+    cairo_move_to(p.cr, x1, y1);
+    cairo_line_to(p.cr, x2, y2);
+    cairo_stroke(p.cr);
+}
+
+// A label object (title and axis labels) drawn at a place the axes decides.
+void label(const Painter& p, const Object& ax, const char* slot, double x, double y) {
+    Object* t = find_object(ax.number(slot, -1));
+    if (!t || !t->on("Visible")) return;
+    std::string s = t->get("String").as_text();
+    RGB c;
+    rgb_of(t->get("Color"), c);
+    p.text(s, x, y, t->number("FontSize", 10) * (same_word(slot, "Title") ? 1.1 : 1.0),
+           t->word("HorizontalAlignment").c_str(), t->word("VerticalAlignment").c_str(), t->number("Rotation"), c,
+           same_word(t->word("FontWeight"), "bold"), t->word("FontName"));
+}
+
+void draw_2d_frame(const Painter& p, const Projection& pr, const Object& ax, bool grid_only) {
+    static const char* ticks_name[2] = {"XTick", "YTick"};
+    static const char* grid_name[2] = {"XGrid", "YGrid"};
+    static const char* color_name[2] = {"XColor", "YColor"};
+    double fs = ax.number("FontSize", 10);
+    double tl = ax.get("TickLength").at(0, 0.01) * std::max(pr.bw, pr.bh);
+    bool out = same_word(ax.word("TickDir"), "out");
+    cairo_set_dash(p.cr, nullptr, 0, 0);
+    double lw = ax.number("LineWidth", 0.5) * p.px_per_pt;
+    for (int k = 0; k < 2; ++k) {
+        RGB c;
+        rgb_of(ax.get(color_name[k]), c);
+        const std::vector<double>& ticks = ax.get(ticks_name[k]).d;
+        if (grid_only) {
+            if (!ax.on(grid_name[k])) continue;
+            cairo_save(p.cr);
+            cairo_set_source_rgba(p.cr, c.r, c.g, c.b, 0.35);
+            p.line_style(ax.word("GridLineStyle"), lw);
+            for (double t : ticks) {
+                double a = pr.norm(k, t);
+                if (!(a >= 0 && a <= 1)) continue;
+                double x1, y1, x2, y2;
+                pr.device(k == 0 ? a - 0.5 : -0.5, k == 0 ? -0.5 : a - 0.5, x1, y1);
+                pr.device(k == 0 ? a - 0.5 : 0.5, k == 0 ? 0.5 : a - 0.5, x2, y2);
+                line(p, x1, y1, x2, y2);
+            }
+            cairo_restore(p.cr);
+            continue;
+        }
+        p.set_color(c);
+        cairo_set_line_width(p.cr, lw);
+        bool far_side = k == 0 ? same_word(ax.word("XAxisLocation"), "top") : same_word(ax.word("YAxisLocation"), "right");
+        double x0 = pr.bx, y0 = pr.by, x1 = pr.bx + pr.bw, y1 = pr.by + pr.bh;
+        // The axis line, and its opposite when the box is on.
+        if (k == 0) {
+            line(p, x0, far_side ? y0 : y1, x1, far_side ? y0 : y1);
+            if (ax.on("Box")) line(p, x0, far_side ? y1 : y0, x1, far_side ? y1 : y0);
+        } else {
+            line(p, far_side ? x1 : x0, y0, far_side ? x1 : x0, y1);
+            if (ax.on("Box")) line(p, far_side ? x0 : x1, y0, far_side ? x0 : x1, y1);
+        }
+        std::vector<std::string> labels = tick_labels(ax, k, ticks);
+        for (size_t i = 0; i < ticks.size(); ++i) {
+            double a = pr.norm(k, ticks[i]);
+            if (!(a >= -1e-9 && a <= 1 + 1e-9)) continue;
+            double px, py;
+            pr.device(k == 0 ? a - 0.5 : -0.5, k == 0 ? -0.5 : a - 0.5, px, py);
+            double dir = out ? -1 : 1;
+            if (k == 0) {
+                double base = far_side ? y0 : y1, sgn = far_side ? 1 : -1;
+                line(p, px, base, px, base + sgn * dir * tl);
+                if (ax.on("Box")) line(p, px, far_side ? y1 : y0, px, (far_side ? y1 : y0) - sgn * dir * tl);
+                p.text(labels[i], px, base - sgn * (4 + (out ? tl : 0)), fs, "center", far_side ? "bottom" : "top", 0, c);
+            } else {
+                double base = far_side ? x1 : x0, sgn = far_side ? -1 : 1;
+                line(p, base, py, base + sgn * dir * tl, py);
+                if (ax.on("Box")) line(p, far_side ? x0 : x1, py, (far_side ? x0 : x1) - sgn * dir * tl, py);
+                p.text(labels[i], base - sgn * (4 + (out ? tl : 0)), py, fs, far_side ? "left" : "right", "middle", 0, c);
+            }
+        }
+    }
+}
+
+// The widest y tick label, to place the y label clear of it.
+double widest_label(const Painter& p, const Object& ax, int k) {
+    static const char* ticks_name[3] = {"XTick", "YTick", "ZTick"};
+    const std::vector<double>& ticks = ax.get(ticks_name[k]).d;
+    double w = 0;
+    for (auto& s : tick_labels(ax, k, ticks)) w = std::max(w, p.text_width(s, ax.number("FontSize", 10)));
+    return w;
+}
+
+void draw_3d_frame(const Painter& p, const Projection& pr, const Object& ax) {
+    RGB c;
+    rgb_of(ax.get("XColor"), c);
+    double lw = ax.number("LineWidth", 0.5) * p.px_per_pt;
+    double fs = ax.number("FontSize", 10);
+    // The corner nearest the viewer at the bottom decides which edges carry the ticks.
+    double best = -1e300;
+    int near = 0;
+    for (int cn = 0; cn < 4; ++cn) {
+        double sx, sy, d;
+        pr.rotate(cn & 1, (cn >> 1) & 1, 0, sx, sy, d);
+        if (d > best) best = d, near = cn;
+    }
+    int nx = near & 1, ny = (near >> 1) & 1;
+    auto at = [&](double u, double v, double w, double& x, double& y) {
+        double sx, sy, d;
+        pr.rotate(u, v, w, sx, sy, d);
+        pr.device(sx, sy, x, y);
+    };
+    cairo_set_line_width(p.cr, lw);
+    // The three back planes: the floor, and the two walls away from the viewer.
+    static const char* grid[3] = {"XGrid", "YGrid", "ZGrid"};
+    static const char* tick[3] = {"XTick", "YTick", "ZTick"};
+    double bx = 1 - nx, by = 1 - ny;
+    for (int k = 0; k < 3; ++k) {
+        const std::vector<double>& ticks = ax.get(tick[k]).d;
+        std::vector<std::string> labels = tick_labels(ax, k, ticks);
+        for (size_t i = 0; i < ticks.size(); ++i) {
+            double a = pr.norm(k, ticks[i]);
+            if (!(a >= -1e-9 && a <= 1 + 1e-9)) continue;
+            double x1, y1, x2, y2, x3, y3, lx, ly;
+            if (ax.on(grid[k])) {
+                cairo_set_source_rgba(p.cr, c.r, c.g, c.b, 0.25);
+                if (k == 0) {
+                    at(a, ny, 0, x1, y1), at(a, by, 0, x2, y2), at(a, by, 1, x3, y3);
+                } else if (k == 1) {
+                    at(nx, a, 0, x1, y1), at(bx, a, 0, x2, y2), at(bx, a, 1, x3, y3);
+                } else {
+                    at(bx, ny, a, x1, y1), at(bx, by, a, x2, y2), at(nx, by, a, x3, y3);
+                }
+                cairo_move_to(p.cr, x1, y1);
+                cairo_line_to(p.cr, x2, y2);
+                cairo_line_to(p.cr, x3, y3);
+                cairo_stroke(p.cr);
+            }
+            if (k == 0) at(a, ny, 0, lx, ly);
+            else if (k == 1) at(nx, a, 0, lx, ly);
+            else at(nx, ny == 1 ? 0 : 1, a, lx, ly);
+            if (k == 2) at(nx == 1 ? 0 : 1, ny, a, lx, ly);
+            p.text(labels[i], k == 2 ? lx - 6 : lx, k == 2 ? ly : ly + 6, fs, k == 2 ? "right" : "center",
+                   k == 2 ? "middle" : "top", 0, c);
+        }
+    }
+    p.set_color(c);
+    cairo_set_dash(p.cr, nullptr, 0, 0);
+    // Edges of the back planes.
+    int edges[][6] = {{0, 0, 0, 1, 0, 0}, {0, 1, 0, 1, 1, 0}, {0, 0, 0, 0, 1, 0}, {1, 0, 0, 1, 1, 0}};
+    for (auto& e : edges) {
+        double x1, y1, x2, y2;
+        at(e[0], e[1], e[2], x1, y1), at(e[3], e[4], e[5], x2, y2);
+        line(p, x1, y1, x2, y2);
+    }
+    double x1, y1, x2, y2;
+    at(bx, by, 0, x1, y1), at(bx, by, 1, x2, y2);
+    line(p, x1, y1, x2, y2);
+    at(nx == 1 ? 0 : 1, ny, 0, x1, y1), at(nx == 1 ? 0 : 1, ny, 1, x2, y2);
+    line(p, x1, y1, x2, y2);
+    at(0.5, ny, 0, x1, y1);
+    label(p, ax, "XLabel", x1, y1 + 22);
+    at(nx, 0.5, 0, x1, y1);
+    label(p, ax, "YLabel", x1, y1 + 22);
+    at(nx == 1 ? 0 : 1, ny, 0.5, x1, y1);
+    label(p, ax, "ZLabel", x1 - 10 - widest_label(p, ax, 2), y1);
+}
+
+}  // namespace
+
+void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
+    update_axes_auto(ax);
+    Projection pr;
+    pr.setup(ax, fig_w, fig_h);
+    Painter p = outer;
+    const Value& clim = ax.get("CLim");
+    p.clim[0] = clim.at(0, 0);
+    p.clim[1] = clim.at(1, 1);
+    // An invisible axes shows its objects without background, frame, labels or legend.
+    bool visible = ax.on("Visible");
+    RGB bg;
+    if (visible && !pr.is3d && rgb_of(ax.get("Color"), bg)) {
+        p.set_color(bg);
+        cairo_rectangle(p.cr, pr.bx, pr.by, pr.bw, pr.bh);
+        cairo_fill(p.cr);
+    }
+    if (visible && !pr.is3d) draw_2d_frame(p, pr, ax, true);
+    if (visible && pr.is3d) draw_3d_frame(p, pr, ax);
+    cairo_save(p.cr);
+    if (!pr.is3d) {
+        cairo_rectangle(p.cr, pr.bx, pr.by, pr.bw, pr.bh);
+        cairo_clip(p.cr);
+    }
+    std::vector<double> kids(ax.children.rbegin(), ax.children.rend());
+    for (double h : kids)
+        if (Object* o = find_object(h))
+            if (!o->hidden_child && o->on("Visible")) draw_object(p, pr, *o);
+    cairo_restore(p.cr);
+    if (!visible) return;
+    if (!pr.is3d) {
+        draw_2d_frame(p, pr, ax, false);
+        double fs = ax.number("FontSize", 10) * p.px_per_pt;
+        label(p, ax, "Title", pr.bx + pr.bw / 2, pr.by - 6);
+        label(p, ax, "XLabel", pr.bx + pr.bw / 2, pr.by + pr.bh + 8 + fs * 1.3);
+        label(p, ax, "YLabel", pr.bx - 10 - widest_label(p, ax, 1), pr.by + pr.bh / 2);
+    } else {
+        label(p, ax, "Title", pr.bx + pr.bw / 2, pr.by - 6);
+    }
+    draw_legend(p, pr, ax);
+}
+
+}  // namespace ae
