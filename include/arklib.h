@@ -13,6 +13,8 @@
 #include "arklib/calling.h"
 #include "arklib/cells.h"
 #include "arklib/strings.h"
+#include "arklib/regexp.h"
+#include "arklib/cellfun.h"
 #include "arklib/constructors.h"
 #include "arklib/random.h"
 #include "arklib/sort.h"

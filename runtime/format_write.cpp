@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "arklib/builtins.h"
 #include "arklib/calling.h"
 #include "arklib/display.h"
 #include "arklib/format.h"
@@ -222,3 +223,24 @@ Mm sprintf(const Mm& format, const Mm& list) {
     }
     return TM(out.c_str());
 }
+
+namespace {
+
+// sprintf by name takes its arguments one by one, as a program writes them.
+void sprintf_any(int nin, const Mm* in, int, Mm* out) {
+    if (nin < 1) {
+        out[0] = Mm(error_input("sprintf", 0));
+        return;
+    }
+    if (nin == 1) {
+        out[0] = sprintf(in[0]);
+        return;
+    }
+    Mm list(0, 0, 0, 1, nin - 1, ak_mm);
+    for (int k = 1; k < nin; ++k) static_cast<Mm*>(list.pr)[k - 1] = in[k];
+    out[0] = sprintf(in[0], list);
+}
+
+}  // namespace
+
+AK_BUILTIN("sprintf", sprintf_any);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "arklib/arith.h"
+#include "arklib/builtins.h"
 #include "arklib/calling.h"
 #include "arklib/cells.h"
 #include "arklib/display.h"
@@ -291,3 +292,7 @@ Mm mat2str(const Mm& x, const Mm& prec) {
     }
     return stack(lines);
 }
+
+AK_BUILTIN("num2str", AK_FN(num2str, const Mm&), AK_FN(num2str, const Mm&, const Mm&));
+AK_BUILTIN("int2str", int2str);
+AK_BUILTIN("mat2str", AK_FN(mat2str, const Mm&), AK_FN(mat2str, const Mm&, const Mm&));

@@ -211,7 +211,11 @@ namespace {
 
 Mm flip(const char* name, const Mm& x0, bool columns) {
     x0.warn_uninit();
-    if (x0.flags.type == ak_no_type || error_struct(x0, name)) return x_M;
+    if (x0.flags.type == ak_no_type) return x_M;
+    if (x0.fields) {
+        error("%s: a structure array cannot be flipped", name);
+        return x_M;
+    }
     Mm x = x0.flags.sparse ? full(x0) : x0;
     Mm r(x.pi ? 1 : 0, 0, 0, x.ndims, x.dims, x.flags.type);
     int rows = x.dims[0], cols = x.dims[1];
