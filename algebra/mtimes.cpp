@@ -5,6 +5,7 @@
 
 #include "arklib/arith.h"
 #include "arklib/calling.h"
+#include "arklib/factor.h"
 #include "arklib/cells.h"
 #include "algebra/sparse_walk.h"
 #include "arklib/sparse.h"
@@ -168,6 +169,7 @@ Mm mpower(const Mm& a, const Mm& p) {
     if (a.fields || p.fields) return call_class_function("mpower", a, p);
     if (a.size() == 1 && p.size() == 1) return power(a, p);
     if (p.size() != 1) {
+        if (a.size() == 1 && p.dims[0] == p.dims[1] && p.ndims == 2) return ak_matrix_power(a, p);
         error("mpower: the power of a matrix must be a scalar");
         return x_M;
     }
@@ -175,10 +177,7 @@ Mm mpower(const Mm& a, const Mm& p) {
     double e = (p.flags.type == ak_double && !p.pi)
                    ? *full(p).addr()
                    : (p.flags.type == ak_uchar ? *static_cast<const unsigned char*>(p.pr) : -1.0);
-    if (!(e >= 0 && e == std::floor(e) && e < 2147483648.0)) {
-        error("mpower: only whole non-negative powers of a matrix are supported");
-        return x_M;
-    }
+    if (!(e >= 0 && e == std::floor(e) && e < 2147483648.0)) return ak_matrix_power(a, p);
     unsigned long n = static_cast<unsigned long>(e);
     Mm base = a, result = identity(a.dims[0]);
     bool first = true;

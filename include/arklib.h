@@ -41,3 +41,4 @@
 #include "arklib/special.h"
 #include "arklib/linalg.h"
 #include "arklib/graphics.h"
+#include "arklib/factor.h"

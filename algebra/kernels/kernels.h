@@ -102,7 +102,8 @@ void hqr2(int nm, int n, int low, int igh, double* h, double* wr, double* wi, do
           int vectors = 1);
 
 // Complex general: unitary Hessenberg reduction (corth, ort of n complex), QR for eigenvalues
-// (comqr) and for vectors (comqr2). comqr2 with vectors = 0 stops at the triangular Schur form.
+// (comqr) and for vectors (comqr2). comqr2 with vectors = 0 stops at the triangular Schur form, with
+// vectors = -1 at the Hessenberg form (z then holds the unitary factor of corth).
 void corth(int nm, int n, int low, int igh, double* ar, double* ai, double* ortr, double* orti);
 void comqr(int nm, int n, int low, int igh, double* hr, double* hi, double* wr, double* wi, int* ierr);
 void comqr2(int nm, int n, int low, int igh, double* ortr, double* orti, double* hr, double* hi,

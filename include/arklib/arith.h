@@ -194,7 +194,8 @@ Mm mrdivide(const Mm& a, const Mm& b);
 Mm mrdivide(const Mm& a);
 Mm transpose(const Mm& a);
 Mm ctranspose(const Mm& a);
-// a ^ p for a square matrix and a whole non-negative power, or scalar operands.
+// a ^ p for a square matrix and a scalar power (other than whole non-negative ones through the
+// eigen-decomposition), s ^ A for a scalar s and a square A, or scalar operands.
 Mm mpower(const Mm& a, const Mm& p);
 Mm mpower(const Mm& a);
 
