@@ -19,23 +19,23 @@ struct SavedClassTable {
 };
 
 // The balance of an account object, or the value of a plain number.
-double balance(const Mm& x) { return x.fields ? num(field(x, 1, "balance")) : num(x); }
+double account_balance(const Mm& x) { return x.fields ? num(field(x, 1, "balance")) : num(x); }
 
 Mm account(double value, const char* cls = "account") {
     return mclass(mstruct(cell_row({TM("balance"), Mm(value)})), TM(cls));
 }
 
-Mm account_plus(Mm a, Mm b) { return Mm(balance(a) + balance(b)); }
-Mm account_minus(Mm a, Mm b) { return Mm(balance(a) - balance(b)); }
-Mm account_double(Mm a) { return Mm(balance(a)); }
-Mm account_uminus(Mm a) { return Mm(-balance(a)); }
+Mm account_plus(Mm a, Mm b) { return Mm(account_balance(a) + account_balance(b)); }
+Mm account_minus(Mm a, Mm b) { return Mm(account_balance(a) - account_balance(b)); }
+Mm account_double(Mm a) { return Mm(account_balance(a)); }
+Mm account_uminus(Mm a) { return Mm(-account_balance(a)); }
 Mm ten(Mm) { return Mm(10.0); }
 Mm twenty(Mm) { return Mm(20.0); }
 // Counts how many of its inputs are empty, to see what a short call passes.
 Mm count_empty(Mm a, Mm b, Mm c) { return Mm((a.size() == 0) + (b.size() == 0) + (c.size() == 0)); }
 Mm split(Mm a, Mm b, i_o_t, Mm& low, Mm& high) {
-    low = Mm(std::fmin(balance(a), balance(b)));
-    high = Mm(std::fmax(balance(a), balance(b)));
+    low = Mm(std::fmin(account_balance(a), account_balance(b)));
+    high = Mm(std::fmax(account_balance(a), account_balance(b)));
     return Mm(1.0);
 }
 
@@ -182,7 +182,7 @@ namespace {
 Mm account_subsref(Mm obj, Mm s) {
     Mm type = field(s, 1, "type");
     Mm subs = field(s, 1, "subs");
-    if (str(type) == "()") return Mm(balance(obj) * num(at(subs, 1)));
+    if (str(type) == "()") return Mm(account_balance(obj) * num(at(subs, 1)));
     if (str(type) == ".") return Mm(static_cast<double>(str(subs).size()));
     return Mm(-1.0);
 }
@@ -230,14 +230,14 @@ TEST(UserClass, SubscriptsAndAssignmentsReachTheClass) {
 
     // Assignments go through subsasgn; without it an object is written like its storage.
     plain.member("balance") = Mm(3.0);
-    EXPECT_EQ(balance(plain), 3.0);
+    EXPECT_EQ(account_balance(plain), 3.0);
     register_class_function("asgacct", "subsasgn", account_subsasgn);
     Mm b = account(1.0, "asgacct");
     Mm before = b;
     b(Mm(3.0)) = Mm(2.0);
-    EXPECT_EQ(balance(b), 6.0);
+    EXPECT_EQ(account_balance(b), 6.0);
     b.member("balance") = Mm(5.0);
-    EXPECT_EQ(balance(b), 1005.0);
-    EXPECT_EQ(balance(before), 1.0);
-    EXPECT_EQ(balance(subsasgn(before, build_subs_descriptor(before(Mm(4.0))), Mm(2.0))), 8.0);
+    EXPECT_EQ(account_balance(b), 1005.0);
+    EXPECT_EQ(account_balance(before), 1.0);
+    EXPECT_EQ(account_balance(subsasgn(before, build_subs_descriptor(before(Mm(4.0))), Mm(2.0))), 8.0);
 }
