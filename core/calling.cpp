@@ -21,16 +21,9 @@ Mm feval_not_linked(Mm, Mm, i_o_t, Mm&, Mm&, Mm&, Mm&, Mm&, Mm&) {
     return x_M;
 }
 
-// Callback texts are run by eval, which the program's host provides.
-Mm callback_not_linked(Mm) {
-    error("eval was not linked with the program.");
-    return x_M;
-}
-
 }  // namespace
 
 ak_feval_func_t feval_func = feval_not_linked;
-ak_callback_func_t callback_func = callback_not_linked;
 
 // ---- counters and switch -------------------------------------------------------------------------
 

@@ -42,3 +42,5 @@
 #include "arklib/linalg.h"
 #include "arklib/graphics.h"
 #include "arklib/factor.h"
+#include "arklib/scope.h"
+#include "arklib/eval.h"

@@ -44,6 +44,12 @@ inline int ak_ref_count(const int* refs) { return __atomic_load_n(refs, __ATOMIC
 
 class Mr;
 class Mc;
+class Mm;
+
+// Scope tracking: the scope table registers declared variables while this is set.
+extern int ak_scope_tracking;
+void ak_scope_register(Mm* m);
+void ak_scope_unregister(Mm* m);
 
 class Mm {
   public:
@@ -126,7 +132,11 @@ class Mm {
 
     // ---- flags and identity ------------------------------------------------------------------
     const char* getname() const { return name; }
-    void setname(const char* n) { name = n; }
+    // Names the head; while scope tracking is on it is then registered as a variable.
+    void setname(const char* n) {
+        name = n;
+        if (ak_scope_tracking) ak_scope_register(this);
+    }
     int issamename(const char* n) const { return name == n; }
     const char** getfields() const { return fields; }
     int getnfields() const { return nfields; }
@@ -278,11 +288,6 @@ struct ak_scalar_block_list {
 };
 extern ak_scalar_block_list ak_scalar_blocks;
 constexpr int ak_scalar_capacity = 9;
-
-// Scope tracking: the scope table registers declared variables while this is set.
-extern int ak_scope_tracking;
-void ak_scope_register(Mm* m);
-void ak_scope_unregister(Mm* m);
 
 // The text every message prints for a matrix: its name, "=%d" of a scalar, or "(temporary)".
 const char* display_name(const Mm& m);
