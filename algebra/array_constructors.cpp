@@ -8,6 +8,7 @@
 
 #include "arklib/constructors.h"
 #include "arklib/random.h"
+#include "arklib/builtins.h"
 
 namespace ak_internal {
 
@@ -184,3 +185,14 @@ AK_CONSTRUCTOR_FAMILY(ones, ak_internal::fill_ones)
 AK_CONSTRUCTOR_FAMILY(eye, ak_internal::fill_eye)
 AK_COMPLEX_CONSTRUCTOR_FAMILY(czeros, ak_internal::fill_zeros)
 AK_COMPLEX_CONSTRUCTOR_FAMILY(ceye, ak_internal::fill_eye)
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("zeros", AK_FN(zeros), AK_FN(zeros, const Mm&), AK_FN(zeros, const Mm&, const Mm&),
+           AK_FN(zeros, const Mm&, const Mm&, const Mm&),
+           AK_FN(zeros, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("ones", AK_FN(ones), AK_FN(ones, const Mm&), AK_FN(ones, const Mm&, const Mm&),
+           AK_FN(ones, const Mm&, const Mm&, const Mm&),
+           AK_FN(ones, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("eye", AK_FN(eye), AK_FN(eye, const Mm&), AK_FN(eye, const Mm&, const Mm&),
+           AK_FN(eye, const Mm&, const Mm&, const Mm&),
+           AK_FN(eye, const Mm&, const Mm&, const Mm&, const Mm&));

@@ -6,6 +6,7 @@
 #include "arklib/calling.h"
 #include "arklib/elementary.h"
 #include "core/arith_internal.h"
+#include "arklib/builtins.h"
 
 using ak_internal::element;
 
@@ -110,3 +111,21 @@ Mm log2(const Mm& x, i_o_t, Mm& e) {
     e = ex;
     return f;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("power", AK_FN(power, const Mm&, const Mm&), AK_FN(power, const Mm&));
+AK_BUILTIN("sqrt", AK_FN(sqrt, const Mm&));
+AK_BUILTIN("log", AK_FN(log, const Mm&));
+AK_BUILTIN("log2", AK_FN(log2, const Mm&), AK_FN(log2, const Mm&, i_o_t, Mm&));
+AK_BUILTIN("log10", AK_FN(log10, const Mm&));
+AK_BUILTIN("asin", AK_FN(asin, const Mm&));
+AK_BUILTIN("acos", AK_FN(acos, const Mm&));
+AK_BUILTIN("atanh", AK_FN(atanh, const Mm&));
+AK_BUILTIN("acosh", AK_FN(acosh, const Mm&));
+AK_BUILTIN("asech", AK_FN(asech, const Mm&));
+AK_BUILTIN("asec", AK_FN(asec, const Mm&));
+AK_BUILTIN("acsc", AK_FN(acsc, const Mm&));
+AK_BUILTIN("acoth", AK_FN(acoth, const Mm&));
+AK_BUILTIN("reallog", AK_FN(reallog, const Mm&));
+AK_BUILTIN("realsqrt", AK_FN(realsqrt, const Mm&));
+AK_BUILTIN("realpow", AK_FN(realpow, const Mm&, const Mm&), AK_FN(realpow, const Mm&));

@@ -10,6 +10,7 @@
 #include "algebra/sparse_walk.h"
 #include "arklib/sparse.h"
 #include "core/arith_internal.h"
+#include "arklib/builtins.h"
 
 extern "C" void dgemm_(const char* transa, const char* transb, const int* m, const int* n, const int* k,
                        const double* alpha, const double* a, const int* lda, const double* b, const int* ldb,
@@ -191,3 +192,9 @@ Mm mpower(const Mm& a, const Mm& p) {
     }
     return result;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("mtimes", AK_FN(mtimes, const Mm&, const Mm&), AK_FN(mtimes, const Mm&));
+AK_BUILTIN("transpose", AK_FN(transpose, const Mm&));
+AK_BUILTIN("ctranspose", AK_FN(ctranspose, const Mm&));
+AK_BUILTIN("mpower", AK_FN(mpower, const Mm&, const Mm&), AK_FN(mpower, const Mm&));

@@ -15,6 +15,7 @@
 #include "arklib/sort.h"
 #include "arklib/sparse.h"
 #include "core/locks.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -482,3 +483,12 @@ Mm randperm(const Mm& n) {
     sort(sized("randperm", ak_internal::fill_rand, {&one_M, &n}), i_o, y, p);
     return p;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("rand", AK_FN(randM, const Mm&), AK_FN(randM, const Mm&, const Mm&),
+           AK_FN(randM, const Mm&, const Mm&, const Mm&),
+           AK_FN(randM, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("randn", AK_FN(randn, const Mm&), AK_FN(randn, const Mm&, const Mm&),
+           AK_FN(randn, const Mm&, const Mm&, const Mm&),
+           AK_FN(randn, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("randperm", AK_FN(randperm, const Mm&));

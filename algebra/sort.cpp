@@ -13,6 +13,7 @@
 #include "arklib/sort.h"
 #include "arklib/sparse.h"
 #include "arklib/subscript.h"
+#include "arklib/builtins.h"
 
 namespace ak_internal {
 
@@ -419,3 +420,7 @@ Mm sort(const Mm& x, const Mm& dim) {
     Mm y, i;
     return sort(x, dim, i_o, y, i);
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("sort", AK_FN(sort, const Mm&), AK_FN_REFS(sort, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN(sort, const Mm&, const Mm&), AK_FN_REFS(sort, const Mm&, const Mm&, i_o_t, Mm&, Mm&));

@@ -7,6 +7,7 @@
 #include "algebra/sort_internal.h"
 #include "arklib/cells.h"
 #include "arklib/sort.h"
+#include "arklib/builtins.h"
 
 using namespace ak_internal;
 
@@ -120,3 +121,8 @@ Mm sortrows(const Mm& x, const Mm& cols) {
 }
 
 Mm sortrows(const Mm& x, const Mm& cols, i_o_t, Mm& y, Mm& i) { return sortrows_body(x, &cols, y, i); }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("sortrows", AK_FN(sortrows, const Mm&), AK_FN_REFS(sortrows, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN(sortrows, const Mm&, const Mm&),
+           AK_FN_REFS(sortrows, const Mm&, const Mm&, i_o_t, Mm&, Mm&));

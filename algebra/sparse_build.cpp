@@ -8,6 +8,7 @@
 #include "arklib/calling.h"
 #include "arklib/constructors.h"
 #include "arklib/sparse.h"
+#include "arklib/builtins.h"
 
 using namespace ak_internal;
 
@@ -321,3 +322,16 @@ Mm spconvert(const Mm& d0) {
     }
     return sparse(i, j, v, Mm(m), Mm(n));
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("sparse", AK_FN(sparse, const Mm&), AK_FN(sparse, const Mm&, const Mm&),
+           AK_FN(sparse, const Mm&, const Mm&, const Mm&),
+           AK_FN(sparse, const Mm&, const Mm&, const Mm&, const Mm&, const Mm&),
+           AK_FN(sparse, const Mm&, const Mm&, const Mm&, const Mm&, const Mm&, const Mm&),
+           AK_FN(sparse, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("spconvert", AK_FN(spconvert, const Mm&));
+AK_BUILTIN("speye", AK_FN(speye), AK_FN(speye, const Mm&), AK_FN(speye, const Mm&, const Mm&));
+AK_BUILTIN("spzeros", AK_FN(spzeros, const Mm&), AK_FN(spzeros, const Mm&, const Mm&));
+AK_BUILTIN("spones", AK_FN(spones, const Mm&));
+AK_BUILTIN("spalloc", AK_FN(spalloc, const Mm&, const Mm&, const Mm&), AK_FN(spalloc, const Mm&),
+           AK_FN(spalloc, const Mm&, const Mm&));

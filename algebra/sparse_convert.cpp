@@ -5,6 +5,7 @@
 #include "algebra/sparse_internal.h"
 #include "arklib/calling.h"
 #include "arklib/sparse.h"
+#include "arklib/builtins.h"
 
 namespace ak_internal {
 
@@ -101,3 +102,6 @@ Mm sparse(const Mm& a) {
     r.flags.logical = a.flags.logical;
     return r;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("full", AK_FN(full, const Mm&));

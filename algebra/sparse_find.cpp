@@ -4,6 +4,7 @@
 #include "arklib/calling.h"
 #include "arklib/cells.h"
 #include "arklib/sparse.h"
+#include "arklib/builtins.h"
 
 namespace ak_internal {
 
@@ -152,3 +153,11 @@ Mm sp2coo(const Mm& a) {
     if (c4) c4[n] = 0.0;
     return r;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("nnz", AK_FN(nnz, const Mm&));
+AK_BUILTIN("nzmax", AK_FN(nzmax, const Mm&));
+AK_BUILTIN("nonzeros", AK_FN(nonzeros, const Mm&));
+AK_BUILTIN("find", AK_FN(find, const Mm&), AK_FN(find, const Mm&, i_o_t, Mm&),
+           AK_FN(find, const Mm&, i_o_t, Mm&, Mm&));
+AK_BUILTIN("sp2coo", AK_FN(sp2coo, const Mm&));

@@ -10,6 +10,7 @@
 #include "arklib/sort.h"
 #include "arklib/sparse.h"
 #include "core/matrix_internal.h"
+#include "arklib/builtins.h"
 
 using namespace ak_internal;
 
@@ -161,3 +162,13 @@ Mm sparsfun(const Mm&, const Mm&) {
     ak_printf("sparsfun called\n");
     return x_M;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("colperm", AK_FN(colperm, const Mm&));
+AK_BUILTIN("colmmd", AK_FN(colmmd, const Mm&));
+AK_BUILTIN("spfun", AK_FN(spfun, const Mm&, const Mm&), AK_FN(spfun, const Mm&));
+AK_BUILTIN("sprand", AK_FN(sprand, const Mm&), AK_FN(sprand, const Mm&, const Mm&, const Mm&),
+           AK_FN(sprand, const Mm&, const Mm&), AK_FN(sprand, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("sprandn", AK_FN(sprandn, const Mm&), AK_FN(sprandn, const Mm&, const Mm&, const Mm&),
+           AK_FN(sprandn, const Mm&, const Mm&), AK_FN(sprandn, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("sparsfun", AK_FN(sparsfun, const Mm&, const Mm&));

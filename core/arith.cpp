@@ -5,6 +5,7 @@
 #include "arklib/cells.h"
 #include "arklib/linalg.h"
 #include "core/arith_internal.h"
+#include "arklib/builtins.h"
 
 using ak_internal::element;
 using ak_internal::has_pi;
@@ -201,3 +202,26 @@ AK_NO_INPUT(ctranspose, "ctranspose")
 AK_NO_INPUT(mpower, "mpower")
 AK_NO_INPUT(mrdivide, "mrdivide")
 #undef AK_NO_INPUT
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("plus", AK_FN(plus, const Mm&, const Mm&), AK_FN(plus, const Mm&), AK_FN(plus));
+AK_BUILTIN("minus", AK_FN(minus, const Mm&, const Mm&), AK_FN(minus, const Mm&));
+AK_BUILTIN("times", AK_FN(times, const Mm&, const Mm&), AK_FN(times, const Mm&));
+AK_BUILTIN("rdivide", AK_FN(rdivide, const Mm&, const Mm&), AK_FN(rdivide, const Mm&));
+AK_BUILTIN("ldivide", AK_FN(ldivide, const Mm&, const Mm&), AK_FN(ldivide, const Mm&));
+AK_BUILTIN("uminus", AK_FN(uminus, const Mm&));
+AK_BUILTIN("uplus", AK_FN(uplus, const Mm&));
+AK_BUILTIN("lt", AK_FN(lt, const Mm&, const Mm&), AK_FN(lt, const Mm&));
+AK_BUILTIN("gt", AK_FN(gt, const Mm&, const Mm&), AK_FN(gt, const Mm&), AK_FN(gt));
+AK_BUILTIN("le", AK_FN(le, const Mm&, const Mm&), AK_FN(le, const Mm&));
+AK_BUILTIN("ge", AK_FN(ge, const Mm&, const Mm&), AK_FN(ge, const Mm&));
+AK_BUILTIN("eq", AK_FN(eq, const Mm&, const Mm&), AK_FN(eq, const Mm&));
+AK_BUILTIN("ne", AK_FN(ne, const Mm&, const Mm&), AK_FN(ne, const Mm&));
+AK_BUILTIN("and", AK_FN(mand, const Mm&, const Mm&), AK_FN(mand, const Mm&));
+AK_BUILTIN("or", AK_FN(mor, const Mm&, const Mm&), AK_FN(mor, const Mm&));
+AK_BUILTIN("xor", AK_FN(mxor, const Mm&, const Mm&), AK_FN(mxor, const Mm&));
+AK_BUILTIN("not", AK_FN(mnot, const Mm&));
+AK_BUILTIN("isfinite", AK_FN(isfinite, const Mm&));
+AK_BUILTIN("isinf", AK_FN(isinf, const Mm&), AK_FN(isinf));
+AK_BUILTIN("isnan", AK_FN(isnan, const Mm&));
+AK_BUILTIN("mrdivide", AK_FN(mrdivide, const Mm&, const Mm&), AK_FN(mrdivide, const Mm&), AK_FN(mrdivide));

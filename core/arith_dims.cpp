@@ -197,3 +197,23 @@ Mm del2_of(const Mm& u, const Mm& h) {
 
 Mm del2(const Mm& u) { return del2_of(u, one_M); }
 Mm del2(const Mm& u, const Mm& h) { return del2_of(u, h); }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("prod", AK_FN(prod, const Mm&), AK_FN(prod, const Mm&, const Mm&), AK_FN(prod));
+AK_BUILTIN("cumsum", AK_FN(cumsum, const Mm&), AK_FN(cumsum, const Mm&, const Mm&));
+AK_BUILTIN("cumprod", AK_FN(cumprod, const Mm&), AK_FN(cumprod, const Mm&, const Mm&));
+AK_BUILTIN("all", AK_FN(all, const Mm&), AK_FN(all, const Mm&, const Mm&));
+AK_BUILTIN("any", AK_FN(any, const Mm&), AK_FN(any, const Mm&, const Mm&));
+AK_BUILTIN("median", AK_FN(median, const Mm&), AK_FN(median, const Mm&, const Mm&));
+AK_BUILTIN("min", AK_FN(min, const Mm&), AK_FN(min, const Mm&, const Mm&),
+           AK_FN(min, const Mm&, const Mm&, const Mm&), AK_FN(min, const Mm&, i_o_t, Mm&),
+           AK_FN(min, const Mm&, const Mm&, const Mm&, i_o_t, Mm&));
+AK_BUILTIN("diff", AK_FN(diff, const Mm&), AK_FN(diff, const Mm&, const Mm&),
+           AK_FN(diff, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("unwrap", AK_FN(unwrap, const Mm&), AK_FN(unwrap, const Mm&, const Mm&),
+           AK_FN(unwrap, const Mm&, const Mm&, const Mm&), AK_FN(unwrap));
+AK_BUILTIN("gradient", AK_FN(gradient, const Mm&), AK_FN(gradient, const Mm&, const Mm&),
+           AK_FN(gradient, const Mm&, const Mm&, const Mm&), AK_FN(gradient, const Mm&, i_o_t, Mm&),
+           AK_FN(gradient, const Mm&, const Mm&, i_o_t, Mm&),
+           AK_FN(gradient, const Mm&, const Mm&, const Mm&, i_o_t, Mm&));
+AK_BUILTIN("del2", AK_FN(del2, const Mm&), AK_FN(del2, const Mm&, const Mm&));

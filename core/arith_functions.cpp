@@ -5,6 +5,7 @@
 #include "arklib/calling.h"
 #include "core/arith_internal.h"
 #include "functions/gamma_erf_bits.h"
+#include "arklib/builtins.h"
 
 using ak_internal::element;
 using ak_internal::has_pi;
@@ -165,3 +166,57 @@ Mm bitshift(const Mm& a, const Mm& k, const Mm& n) {
     Mm mask = minus(pow2(n), one_M);
     return mbitand(shifted, mask);
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("abs", AK_FN(abs, const Mm&));
+AK_BUILTIN("angle", AK_FN(angle, const Mm&));
+AK_BUILTIN("real", AK_FN(real, const Mm&));
+AK_BUILTIN("imag", AK_FN(imag, const Mm&));
+AK_BUILTIN("conj", AK_FN(conj, const Mm&));
+AK_BUILTIN("exp", AK_FN(exp, const Mm&));
+AK_BUILTIN("ceil", AK_FN(ceil, const Mm&));
+AK_BUILTIN("floor", AK_FN(floor, const Mm&), AK_FN(floor));
+AK_BUILTIN("fix", AK_FN(fix, const Mm&));
+AK_BUILTIN("round", AK_FN(round, const Mm&));
+AK_BUILTIN("sign", AK_FN(sign, const Mm&));
+AK_BUILTIN("sin", AK_FN(sin, const Mm&));
+AK_BUILTIN("cos", AK_FN(cos, const Mm&));
+AK_BUILTIN("tan", AK_FN(tan, const Mm&));
+AK_BUILTIN("sec", AK_FN(sec, const Mm&));
+AK_BUILTIN("csc", AK_FN(csc, const Mm&));
+AK_BUILTIN("cot", AK_FN(cot, const Mm&));
+AK_BUILTIN("sinh", AK_FN(sinh, const Mm&), AK_FN(sinh));
+AK_BUILTIN("cosh", AK_FN(cosh, const Mm&));
+AK_BUILTIN("tanh", AK_FN(tanh, const Mm&));
+AK_BUILTIN("sech", AK_FN(sech, const Mm&));
+AK_BUILTIN("csch", AK_FN(csch, const Mm&));
+AK_BUILTIN("coth", AK_FN(coth, const Mm&));
+AK_BUILTIN("atan", AK_FN(atan, const Mm&));
+AK_BUILTIN("acot", AK_FN(acot, const Mm&));
+AK_BUILTIN("asinh", AK_FN(asinh, const Mm&));
+AK_BUILTIN("acsch", AK_FN(acsch, const Mm&), AK_FN(acsch));
+AK_BUILTIN("sinc", AK_FN(sinc, const Mm&));
+AK_BUILTIN("pow2", AK_FN(pow2, const Mm&), AK_FN(pow2, const Mm&, const Mm&));
+AK_BUILTIN("atan2", AK_FN(atan2, const Mm&, const Mm&), AK_FN(atan2, const Mm&));
+AK_BUILTIN("mod", AK_FN(mod, const Mm&, const Mm&), AK_FN(mod, const Mm&));
+AK_BUILTIN("rem", AK_FN(rem, const Mm&, const Mm&), AK_FN(rem, const Mm&));
+AK_BUILTIN("erf", AK_FN(erf, const Mm&));
+AK_BUILTIN("erfc", AK_FN(erfc, const Mm&));
+AK_BUILTIN("erfcx", AK_FN(erfcx, const Mm&));
+AK_BUILTIN("erfinv", AK_FN(erfinv, const Mm&), AK_FN(erfinv));
+AK_BUILTIN("gamma", AK_FN(gamma, const Mm&));
+AK_BUILTIN("gammaln", AK_FN(gammaln, const Mm&));
+AK_BUILTIN("beta", AK_FN(beta, const Mm&, const Mm&), AK_FN(beta, const Mm&));
+AK_BUILTIN("betaln", AK_FN(betaln, const Mm&, const Mm&), AK_FN(betaln, const Mm&));
+AK_BUILTIN("gammainc", AK_FN(gammainc, const Mm&, const Mm&), AK_FN(gammainc, const Mm&));
+AK_BUILTIN("expint", AK_FN(expint, const Mm&));
+AK_BUILTIN("bitand", AK_FN(mbitand, const Mm&, const Mm&), AK_FN(mbitand, const Mm&));
+AK_BUILTIN("bitor", AK_FN(mbitor, const Mm&, const Mm&), AK_FN(mbitor, const Mm&), AK_FN(mbitor));
+AK_BUILTIN("bitxor", AK_FN(bitxor, const Mm&, const Mm&), AK_FN(bitxor, const Mm&));
+AK_BUILTIN("bitcmp", AK_FN(bitcmp, const Mm&), AK_FN(bitcmp, const Mm&, const Mm&));
+AK_BUILTIN("bitget", AK_FN(bitget, const Mm&, const Mm&), AK_FN(bitget, const Mm&));
+AK_BUILTIN("bitset", AK_FN(bitset, const Mm&, const Mm&), AK_FN(bitset, const Mm&, const Mm&, const Mm&),
+           AK_FN(bitset, const Mm&));
+AK_BUILTIN("bitreset", AK_FN(bitreset, const Mm&, const Mm&), AK_FN(bitreset, const Mm&));
+AK_BUILTIN("bitshift", AK_FN(bitshift, const Mm&, const Mm&),
+           AK_FN(bitshift, const Mm&, const Mm&, const Mm&), AK_FN(bitshift, const Mm&));

@@ -6,6 +6,7 @@
 #include "arklib/calling.h"
 #include "arklib/error.h"
 #include "arklib/sparse.h"
+#include "arklib/builtins.h"
 
 int nargin_set = 0;
 int nargout_set = 0;
@@ -179,3 +180,7 @@ void forelem_column(Mm& var, Mm& m, int k) {
     std::memcpy(var.pr, static_cast<const char*>(m.pr) + offset, rows * width);
     if (complex) std::memcpy(var.pi, static_cast<const char*>(m.pi) + offset, rows * width);
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("nargchk", AK_FN(nargchk, const Mm&), AK_FN(nargchk, const Mm&, const Mm&),
+           AK_FN(nargchk, const Mm&, const Mm&, const Mm&));

@@ -4,6 +4,7 @@
 #include "arklib/constructors.h"
 #include "arklib/sparse.h"
 #include "arklib/strings.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -86,3 +87,13 @@ Mm iscellstr(const Mm& x) {
     r.flags.logical = 1;
     return r;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("cell", AK_FN(cell, const Mm&), AK_FN(cell, const Mm&, const Mm&),
+           AK_FN(cell, const Mm&, const Mm&, const Mm&),
+           AK_FN(cell, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("cells", AK_FN(cells, const Mm&), AK_FN(cells, const Mm&, const Mm&),
+           AK_FN(cells, const Mm&, const Mm&, const Mm&),
+           AK_FN(cells, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("cellstr", AK_FN(cellstr, const Mm&));
+AK_BUILTIN("iscellstr", AK_FN(iscellstr, const Mm&));

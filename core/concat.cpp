@@ -7,6 +7,7 @@
 #include "arklib/cells.h"
 #include "arklib/list.h"
 #include "arklib/sparse.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -184,3 +185,10 @@ Mm horzcat(const Mm& a) { return a; }
 Mm horzcat(const Mm& a, const Mm& b) { return cat(Mm(2.0), a, b); }
 Mm vertcat(const Mm& a) { return a; }
 Mm vertcat(const Mm& a, const Mm& b) { return cat(Mm(1.0), a, b); }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("cat", AK_FN(cat, const Mm&), AK_FN(cat, const Mm&, const Mm&),
+           AK_FN(cat, const Mm&, const Mm&, const Mm&),
+           AK_FN(cat, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("horzcat", AK_FN(horzcat, const Mm&), AK_FN(horzcat, const Mm&, const Mm&));
+AK_BUILTIN("vertcat", AK_FN(vertcat, const Mm&), AK_FN(vertcat, const Mm&, const Mm&));

@@ -4,6 +4,7 @@
 #include "arklib/cells.h"
 #include "arklib/sparse.h"
 #include "arklib/strings.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -75,3 +76,12 @@ Mm mlogical(const Mm& x) {
     r.flags.logical = 1;
     return r;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("class", AK_FN(mclass, const Mm&), AK_FN(mclass, const Mm&, const Mm&));
+AK_BUILTIN("isa", AK_FN(isa, const Mm&, const Mm&));
+AK_BUILTIN("double", AK_FN(mdouble, const Mm&));
+AK_BUILTIN("uint8", AK_FN(muint8, const Mm&));
+AK_BUILTIN("uint16", AK_FN(muint16, const Mm&));
+AK_BUILTIN("char", AK_FN(mchar, const Mm&));
+AK_BUILTIN("logical", AK_FN(mlogical, const Mm&));

@@ -10,6 +10,7 @@
 #include "arklib/cells.h"
 #include "arklib/sparse.h"
 #include "arklib/subscript.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -497,3 +498,20 @@ double bound(const Mm& m) {
 Mm colon(const Mm& a, const Mm& b) { return colon(bound(a), 1.0, bound(b)); }
 
 Mm colon(const Mm& a, const Mm& s, const Mm& b) { return colon(bound(a), bound(s), bound(b)); }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("ind2sub", AK_FN(ind2sub), AK_FN(ind2sub, const Mm&), AK_FN(ind2sub, const Mm&, const Mm&),
+           AK_FN_REFS(ind2sub, const Mm&, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN_REFS(ind2sub, const Mm&, const Mm&, i_o_t, Mm&, Mm&, Mm&),
+           AK_FN_REFS(ind2sub, const Mm&, const Mm&, i_o_t, Mm&, Mm&, Mm&, Mm&));
+AK_BUILTIN("sub2ind", AK_FN(sub2ind), AK_FN(sub2ind, const Mm&), AK_FN(sub2ind, const Mm&, const Mm&),
+           AK_FN(sub2ind, const Mm&, const Mm&, const Mm&),
+           AK_FN(sub2ind, const Mm&, const Mm&, const Mm&, const Mm&),
+           AK_FN(sub2ind, const Mm&, const Mm&, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("permute", AK_FN(permute, const Mm&), AK_FN(permute, const Mm&, const Mm&));
+AK_BUILTIN("ipermute", AK_FN(ipermute, const Mm&), AK_FN(ipermute, const Mm&, const Mm&));
+AK_BUILTIN("diag", AK_FN(diag, const Mm&), AK_FN(diag, const Mm&, const Mm&));
+AK_BUILTIN("squeeze", AK_FN(squeeze, const Mm&));
+AK_BUILTIN("ndims", AK_FN(ndims, const Mm&));
+AK_BUILTIN("colon", AK_FN(colon), AK_FN(colon, const Mm&), AK_FN(colon, const Mm&, const Mm&),
+           AK_FN(colon, const Mm&, const Mm&, const Mm&));

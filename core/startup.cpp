@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "arklib/builtins.h"
 #include "arklib/error.h"
 #include "arklib/matrix.h"
 #include "arklib/startup.h"
@@ -120,3 +121,7 @@ unsigned ak_set_AK(int on) {
     multi_task = on;
     return static_cast<unsigned>(getpid());
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("exit", AK_FN(exit));
+AK_BUILTIN("quit", AK_FN(quit));

@@ -8,6 +8,7 @@
 #include "arklib/calling.h"
 #include "arklib/cells.h"
 #include "arklib/subscript.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -282,3 +283,15 @@ Mm setfield(const Mm& s, const Mm& key, const Mm& value) {
     }
     return r;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("cell2struct", AK_FN(cell2struct, const Mm&), AK_FN(cell2struct, const Mm&, const Mm&),
+           AK_FN(cell2struct, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("struct2cell", AK_FN(struct2cell, const Mm&));
+AK_BUILTIN("struct", AK_FN(mstruct, const Mm&));
+AK_BUILTIN("fieldnames", AK_FN(fieldnames, const Mm&));
+AK_BUILTIN("isfield", AK_FN(isfield, const Mm&, const Mm&));
+AK_BUILTIN("getfield", AK_FN(getfield, const Mm&), AK_FN(getfield, const Mm&, const Mm&));
+AK_BUILTIN("setfield", AK_FN(setfield, const Mm&), AK_FN(setfield, const Mm&, const Mm&),
+           AK_FN(setfield, const Mm&, const Mm&, const Mm&));
+AK_BUILTIN("rmfield", AK_FN(rmfield, const Mm&), AK_FN(rmfield, const Mm&, const Mm&));

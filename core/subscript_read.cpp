@@ -6,6 +6,7 @@
 #include "arklib/subscript.h"
 #include "core/index_odometer.h"
 #include "core/subscript_read.h"
+#include "arklib/builtins.h"
 
 using namespace ak_internal;
 
@@ -344,3 +345,9 @@ Mm subsasgn(const Mm& x, const Mm& s, const Mm& v) {
     }
     return call_class_function("subsasgn", x, s, v);
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("subsindex", AK_FN(subsindex, const Mm&));
+AK_BUILTIN("subsref", AK_FN(subsref, const Mm&), AK_FN(subsref, const Mm&, const Mm&));
+AK_BUILTIN("subsasgn", AK_FN(subsasgn, const Mm&), AK_FN(subsasgn, const Mm&, const Mm&),
+           AK_FN(subsasgn, const Mm&, const Mm&, const Mm&));

@@ -9,6 +9,7 @@
 #include "arklib/calling.h"
 #include "arklib/startup.h"
 #include "runtime/error_internal.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -189,3 +190,6 @@ Mm guiexit(const Mm& code) {
     ak_engine.qor_exit(first_as_int(code));
     return x_M;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("guiexit", AK_FN(guiexit, const Mm&));

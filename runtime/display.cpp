@@ -11,6 +11,7 @@
 #include "arklib/format.h"
 #include "arklib/subscript.h"
 #include "runtime/format_internal.h"
+#include "arklib/builtins.h"
 
 int format_short = 1;
 
@@ -233,3 +234,13 @@ Mm smiley() {
     print_text("8-)\n");
     return x_M;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("format", AK_FN(format), AK_FN(format, const Mm&), AK_FN(format, const Mm&, const Mm&));
+AK_BUILTIN("disp", AK_FN(disp, const Mm&));
+AK_BUILTIN("display", AK_FN(display, const Mm&));
+AK_BUILTIN("celldisp", AK_FN(celldisp, const Mm&));
+AK_BUILTIN("dump", AK_FN(dump, const Mm&));
+AK_BUILTIN("puts", AK_FN(puts, const Mm&));
+AK_BUILTIN("usage", AK_FN(usage, const Mm&));
+AK_BUILTIN("smiley", AK_FN(smiley));

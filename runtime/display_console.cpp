@@ -8,6 +8,7 @@
 
 #include "arklib/display.h"
 #include "arklib/format.h"
+#include "arklib/builtins.h"
 
 // Graphics and string conversion live in other parts of the library; they are reached when they
 // are linked in, and skipped otherwise.
@@ -120,3 +121,10 @@ Mm home() {
     }
     return x_M;
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("clc", AK_FN(clc));
+AK_BUILTIN("home", AK_FN(home));
+AK_BUILTIN("input", AK_FN(input, const Mm&), AK_FN(input, const Mm&, const Mm&));
+AK_BUILTIN("pause", AK_FN(pauseM), AK_FN(pauseM, const Mm&));
+AK_BUILTIN("kbhit", AK_FN(kbhitM));

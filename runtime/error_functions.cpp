@@ -3,6 +3,7 @@
 #include "runtime/error_internal.h"
 
 #include <cstring>
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -84,3 +85,10 @@ Mm mfileline() {
     if (top < 1 || top > 512) return Mm(0.0);
     return Mm(static_cast<double>(ak_error_stack.lines[top]));
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("error", AK_FN(error), AK_FN(error, const Mm&));
+AK_BUILTIN("warning", AK_FN(warning), AK_FN(warning, const Mm&));
+AK_BUILTIN("lasterr", AK_FN(lasterr), AK_FN(lasterr, const Mm&));
+AK_BUILTIN("mfilename", AK_FN(mfilename));
+AK_BUILTIN("mfileline", AK_FN(mfileline));

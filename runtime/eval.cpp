@@ -92,11 +92,14 @@ Mm feval_call(const Mm& name, const Mm& args, int nout, Mm* outs) {
     if (nout < 1) nout = 1;
     if (nout > 6) nout = 6;
     Mm o[6];
-    const double saved = nargout_val;
+    // The caller's count comes back also when the function throws its error.
+    struct restore_t {
+        double saved;
+        ~restore_t() { nargout_val = saved; }
+    } restore{nargout_val};
     nargout_val = nout;
     nargout_set = 1;
     Mm first = feval_func(name, args, i_o, o[0], o[1], o[2], o[3], o[4], o[5]);
-    nargout_val = saved;
     if (outs) {
         outs[0] = first;
         for (int k = 1; k < nout; ++k) outs[k] = o[k];
@@ -280,8 +283,8 @@ AK_BUILTIN("evalin", AK_FN(evalin, const Mm&), AK_FN(evalin, const Mm&, const Mm
            AK_FN(evalin, const Mm&, const Mm&, const Mm&));
 AK_BUILTIN("feval", feval_by_name);
 AK_BUILTIN("fcnchk", AK_FN(fcnchk, const Mm&), AK_FN(fcnchk, const Mm&, const Mm&),
-           AK_FN(fcnchk, const Mm&, const Mm&, i_o_t, Mm&, Mm&));
-AK_BUILTIN("prefcnchk", prefcnchk);
+           AK_FN_REFS(fcnchk, const Mm&, const Mm&, i_o_t, Mm&, Mm&));
+AK_BUILTIN("prefcnchk", AK_FN_REFS(prefcnchk, const Mm&, const Mm&, const Mm&, const Mm&, i_o_t, Mm&, Mm&));
 AK_BUILTIN("inlinefcn", AK_FN(inlinefcn, const Mm&), AK_FN(inlinefcn, const Mm&, const Mm&));
 AK_BUILTIN("inline", AK_FN(minline, const Mm&), AK_FN(minline, const Mm&, const Mm&));
 AK_BUILTIN("formula", formula);

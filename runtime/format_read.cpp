@@ -14,6 +14,7 @@
 #include "arklib/format.h"
 #include "core/matrix_internal.h"
 #include "runtime/format_internal.h"
+#include "arklib/builtins.h"
 
 using ak_internal::c_heap_free;
 using ak_internal::class_of;
@@ -279,3 +280,12 @@ Mm sscanf(const Mm& s, const Mm& format, const Mm& size, i_o_t, Mm& count, Mm& e
 Mm sscanf(const Mm& s, const Mm& format, const Mm& size, i_o_t, Mm& count, Mm& errmsg, Mm& next) {
     return sscanf_all(s, format, size, &count, &errmsg, &next);
 }
+
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("sscanf", AK_FN(sscanf, const Mm&), AK_FN(sscanf, const Mm&, const Mm&),
+           AK_FN(sscanf, const Mm&, const Mm&, const Mm&), AK_FN(sscanf, const Mm&, const Mm&, i_o_t, Mm&),
+           AK_FN(sscanf, const Mm&, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN(sscanf, const Mm&, const Mm&, i_o_t, Mm&, Mm&, Mm&),
+           AK_FN(sscanf, const Mm&, const Mm&, const Mm&, i_o_t, Mm&),
+           AK_FN(sscanf, const Mm&, const Mm&, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN(sscanf, const Mm&, const Mm&, const Mm&, i_o_t, Mm&, Mm&, Mm&));

@@ -14,6 +14,7 @@
 #include "arklib/sparse.h"
 #include "core/matrix_internal.h"
 #include "runtime/format_internal.h"
+#include "arklib/builtins.h"
 
 namespace {
 

@@ -14,6 +14,7 @@
 #include "arklib/strings.h"
 #include "core/matrix_internal.h"
 #include "runtime/format_internal.h"
+#include "arklib/builtins.h"
 
 namespace {
 
@@ -293,6 +294,9 @@ Mm mat2str(const Mm& x, const Mm& prec) {
     return stack(lines);
 }
 
-AK_BUILTIN("num2str", AK_FN(num2str, const Mm&), AK_FN(num2str, const Mm&, const Mm&));
-AK_BUILTIN("int2str", int2str);
+// ---- rows of the table of functions by name ----------------------------------------------------
+AK_BUILTIN("num2str", AK_FN(num2str, const Mm&), AK_FN(num2str, const Mm&, const Mm&),
+           AK_FN_REFS(num2str, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN_REFS(num2str, const Mm&, const Mm&, i_o_t, Mm&, Mm&));
+AK_BUILTIN("int2str", AK_FN(int2str, const Mm&));
 AK_BUILTIN("mat2str", AK_FN(mat2str, const Mm&), AK_FN(mat2str, const Mm&, const Mm&));

@@ -70,9 +70,9 @@ Mm simset(Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm) { retu
 Mm system_dependent(Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm) { return stub_called(); }
 Mm miedit(Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm, Mm) { return stub_called(); }
 
-AK_BUILTIN("version", AK_FN(version), AK_FN(version, i_o_t, Mm&, Mm&));
+AK_BUILTIN("version", AK_FN(version), AK_FN_REFS(version, i_o_t, Mm&, Mm&));
 AK_BUILTIN("ver", ver);
-AK_BUILTIN("computer", AK_FN(computer), AK_FN(computer, i_o_t, Mm&, Mm&));
+AK_BUILTIN("computer", AK_FN(computer), AK_FN_REFS(computer, i_o_t, Mm&, Mm&));
 AK_BUILTIN("echo", echo);
 AK_BUILTIN("ivdep", ivdep);
 AK_BUILTIN("more", more);

@@ -8,6 +8,7 @@
 //     AK_BUILTIN("sum", AK_FN(sum, const Mm&), AK_FN(sum, const Mm&, const Mm&));
 //     AK_BUILTIN("max", AK_FN(max, const Mm&), AK_FN(max, const Mm&, i_o_t, Mm&));
 //     AK_BUILTIN("trace", trace);              // a function with one overload needs no AK_FN
+//     AK_BUILTIN("sort", AK_FN_REFS(sort, const Mm&, i_o_t, Mm&, Mm&));  // [y, i] = sort(x, i_o, y, i)
 //
 // A program registers its own functions the same way, at any time:
 //
@@ -75,15 +76,15 @@ constexpr std::size_t marker_position() {
     return k;
 }
 
-// Argument I of a call: an input before the marker, the marker, then output I - nin.
-template <std::size_t I, std::size_t NIN>
+// Argument I of a call: an input before the marker, the marker, then output I - nin - SHIFT.
+template <std::size_t I, std::size_t NIN, std::size_t SHIFT = 0>
 decltype(auto) argument(const Mm* in, Mm* out) {
     if constexpr (I < NIN) {
         return static_cast<const Mm&>(in[I]);
     } else if constexpr (I == NIN) {
         return i_o_t{};
     } else {
-        return static_cast<Mm&>(out[I - NIN]);
+        return static_cast<Mm&>(out[I - NIN - SHIFT]);
     }
 }
 
@@ -96,6 +97,32 @@ void call_form(Mm (*f)(A...), [[maybe_unused]] const Mm* in, Mm* out, std::index
 template <class... A>
 void thunk(void (*fn)(), const Mm* in, Mm* out) {
     call_form(reinterpret_cast<Mm (*)(A...)>(fn), in, out, std::index_sequence_for<A...>{});
+}
+
+// A form whose references carry all of its outputs, the first included: [y, i] = sort(x) is
+// sort(x, i_o, y, i). Its return value is not one of them.
+template <class F>
+struct refs_form {
+    F fn;
+};
+
+template <class... A, std::size_t... I>
+void call_refs(Mm (*f)(A...), [[maybe_unused]] const Mm* in, Mm* out, std::index_sequence<I...>) {
+    constexpr std::size_t nin = marker_position<A...>();
+    f(argument<I, nin, 1>(in, out)...);
+}
+
+template <class... A>
+void thunk_refs(void (*fn)(), const Mm* in, Mm* out) {
+    call_refs(reinterpret_cast<Mm (*)(A...)>(fn), in, out, std::index_sequence_for<A...>{});
+}
+
+template <class... A>
+void add_form(const char* name, const char* family, refs_form<Mm (*)(A...)> f) {
+    constexpr std::size_t nin = marker_position<A...>();
+    static_assert(nin < sizeof...(A), "a form of output references has the i_o marker");
+    ak_register_form(name, family, static_cast<int>(nin), static_cast<int>(sizeof...(A) - nin - 1),
+                     reinterpret_cast<void (*)()>(f.fn), &thunk_refs<A...>);
 }
 
 template <class... A>
@@ -128,6 +155,9 @@ void ak_register_function(const char* name, F... forms) {
 
 // One overload of an overloaded function, chosen by its parameter list.
 #define AK_FN(f, ...) static_cast<Mm (*)(__VA_ARGS__)>(&f)
+// The same for a form whose references after i_o are all of its outputs (see refs_form).
+#define AK_FN_REFS(f, ...) \
+    ak_builtin_detail::refs_form<Mm (*)(__VA_ARGS__)> { AK_FN(f, __VA_ARGS__) }
 #define AK_BUILTIN_CAT2(a, b) a##b
 #define AK_BUILTIN_CAT(a, b) AK_BUILTIN_CAT2(a, b)
 // A row of the library's table, registered when the library loads.
