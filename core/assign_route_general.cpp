@@ -374,13 +374,20 @@ void general_delete(Mm& x, const Mr& r) {
         const int E = n == 1 ? N : place_extent(x, n, q);
         const long long outer = stride * E > 0 ? N / (stride * E) : 0;
         // The slices that go, ascending and each once: a list as long as the index, never as long
-        // as the place (a sparse row may have 2^31 - 1 columns).
+        // as the place (a sparse row may have 2^31 - 1 columns). Only place q decides what goes, so
+        // the colons are walked once, not over their extents.
+        int steps = total;
+        if (n > 1) {
+            for (int k = 0; k < 4; ++k)
+                if (k != q) extent[k] = 1;
+            steps = extent[q];
+        }
         std::vector<int> gone;
-        gone.reserve(total);
+        gone.reserve(steps);
         index_odometer walk;
         start_walk(walk, extent);
         int last = 0;
-        for (int k = 0; k < total; ++k) {
+        for (int k = 0; k < steps; ++k) {
             last = next_linear_index(r, x, walk, 1, 1);
             if (last < 0) continue;
             const int slice = n == 1 ? last : walk.position[q];

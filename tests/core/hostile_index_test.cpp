@@ -221,6 +221,13 @@ TEST(HostileIndex, DeletionFromVeryWideSparseMatrices) {
     EXPECT_EQ(D({2, 2, 999999998, 1, 1}), dims(m));
     EXPECT_EQ(P({1999999994}), positions(m));
     EXPECT_EQ(V({4}), values(m));
+    // Colons beside the deleted place are not walked over their extents.
+    Mm v = w;
+    v(c_p, Mm(4.0), c_p) = nop_M;
+    EXPECT_EQ(D({2, 1, 2147483644, 1, 1}), dims(v));
+    EXPECT_EQ(P({2147483643}), positions(v));
+    v(Mm(1.0), c_p) = nop_M;
+    EXPECT_EQ(0, v.size());
     // Reads under a colon walk the entries, not the columns.
     Mm top = w(1.0, c_p);
     EXPECT_EQ(D({2, 1, 2147483645, 1, 1}), dims(top));
