@@ -42,3 +42,4 @@
 #include "arklib/linalg.h"
 #include "arklib/graphics.h"
 #include "arklib/factor.h"
+#include "arklib/files.h"
