@@ -44,3 +44,4 @@
 #include "arklib/factor.h"
 #include "arklib/scope.h"
 #include "arklib/eval.h"
+#include "arklib/files.h"
