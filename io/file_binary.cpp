@@ -146,7 +146,8 @@ Mm fread_core(const Mm& fid, const Mm& size, const Mm& precision, const Mm& skip
         error("Out of memory!");
         return x_M;
     }
-    Mm result = zeros(rows, cols);
+    // Filled by the read; the places a short read leaves stay zero.
+    Mm result(0, 0, 0, static_cast<int>(rows), static_cast<int>(cols), ak_double);
     int want = result.size();
     int got = 0;
     if (skip == 0) {
@@ -157,6 +158,7 @@ Mm fread_core(const Mm& fid, const Mm& size, const Mm& precision, const Mm& skip
             std::fseek(stream, skip, SEEK_CUR);
         }
     }
+    if (got < want) std::memset(result.addr() + got, 0, sizeof(double) * (want - got));
     if (overrun) {
         unsigned char extra;  // sets the end-of-file flag after a read to the end
         (void)!std::fread(&extra, 1, 1, stream);
