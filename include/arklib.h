@@ -39,6 +39,7 @@
 #include "arklib/quadrature.h"
 #include "arklib/matrix_functions.h"
 #include "arklib/special.h"
+#include "arklib/wav.h"
 #include "arklib/linalg.h"
 #include "arklib/graphics.h"
 #include "arklib/factor.h"
