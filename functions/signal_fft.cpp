@@ -5,6 +5,7 @@
 #include <fftw3.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -33,8 +34,22 @@ std::mutex& planner_lock() {
     return m;
 }
 
-fftw_plan plan_for(plan_kind kind, int n, int inner, int outer, double* ri, double* ii, double* ro, double* io) {
+std::map<plan_key, fftw_plan>& plan_cache() {
     static std::map<plan_key, fftw_plan> plans;
+    return plans;
+}
+
+// At exit the kept plans and FFTW's own planning data are given back.
+void release_plans() {
+    for (auto& entry : plan_cache()) fftw_destroy_plan(entry.second);
+    plan_cache().clear();
+    fftw_cleanup();
+}
+
+fftw_plan plan_for(plan_kind kind, int n, int inner, int outer, double* ri, double* ii, double* ro, double* io) {
+    // The cache is made before the exit handler is registered, so that it outlives the handler.
+    static const int registered [[maybe_unused]] = (plan_cache(), std::atexit(release_plans), 0);
+    std::map<plan_key, fftw_plan>& plans = plan_cache();
     std::lock_guard<std::mutex> hold(planner_lock());
     const plan_key key{kind, n, inner, outer};
     auto it = plans.find(key);

@@ -117,10 +117,14 @@ Mm set(const Mm& h, const char* name, const Mm& value) {
         error("set(h,name,value): can only accept value of type double or strings cell");
         return x_M;
     }
-    QorValue record = qor_record(v);
+    // The engine may report a refused value through error, which can throw: the record is freed on
+    // every way out.
+    struct freed_on_exit {
+        QorValue r;
+        ~freed_on_exit() { r.free(); }
+    } record{qor_record(v)};
     int n = h.size();
-    for (int k = 0; k < n; ++k) ak_engine.qor_set(handle_at(h, k), buffer, &record);
-    record.free();
+    for (int k = 0; k < n; ++k) ak_engine.qor_set(handle_at(h, k), buffer, &record.r);
     return x_M;
 }
 
