@@ -24,7 +24,7 @@ Value default_colormap() {
     return m;
 }
 
-// The words of a spec as a list.
+// The words of a rule as a list.
 bool word_in(const char* words, const std::string& s, std::string& canonical) {
     if (!words) return false;
     const char* p = words;
@@ -62,8 +62,8 @@ bool is_rgb(const Value& v) {
     return true;
 }
 
-// Checks v against the spec and gives the value to store.
-bool checked(const Object& o, const PropSpec& s, const Value& v, Value& out) {
+// Checks v against the rule and gives the value to store.
+bool checked(const Object& o, const PropRule& s, const Value& v, Value& out) {
     std::string w;
     switch (s.type) {
         case PType::any:
@@ -249,8 +249,8 @@ bool color_from_text(const std::string& s, double rgb[3]) {
 }
 
 void apply_defaults(Object& o) {
-    for (const PropSpec* const* list = specs_of(o.kind); *list; ++list)
-        for (const PropSpec* s = *list; s->name; ++s) o.props[s->name] = parse_default(s->def);
+    for (const PropRule* const* list = rules_of(o.kind); *list; ++list)
+        for (const PropRule* s = *list; s->name; ++s) o.props[s->name] = parse_default(s->def);
     if (o.kind == Kind::figure) o.props["Colormap"] = default_colormap();
     if (o.kind == Kind::axes) {
         make_label(o, "Title", "bottom", 0);
@@ -263,7 +263,7 @@ void apply_defaults(Object& o) {
 bool set_property(Object& o, const char* name, const Value& v) {
     bool ok;
     if (special_set(o, name, v, ok)) return ok;
-    const PropSpec* s = find_spec(o.kind, name);
+    const PropRule* s = find_rule(o.kind, name);
     if (!s) {
         // A property the kind does not know is the program's own, kept as given.
         o.props[name] = v;
@@ -313,8 +313,8 @@ bool get_property(Object& o, const char* name, Value& out) {
 
 std::string property_names(const Object& o) {
     std::string s;
-    for (const PropSpec* const* list = specs_of(o.kind); *list; ++list)
-        for (const PropSpec* p = *list; p->name; ++p) {
+    for (const PropRule* const* list = rules_of(o.kind); *list; ++list)
+        for (const PropRule* p = *list; p->name; ++p) {
             if (!s.empty()) s += ' ';
             s += p->name;
         }

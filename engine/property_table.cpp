@@ -17,7 +17,7 @@ constexpr const char* markers = "none|.|o|x|+|*|s|square|d|diamond|^|v|<|>|p|pen
 #define V(name, n, def) {name, PType::vector, nullptr, def, n}
 #define END {nullptr, PType::any, nullptr, nullptr, 0}
 
-const PropSpec common[] = {
+const PropRule common[] = {
     P("Type", readonly, nullptr, ""),
     P("Parent", handle, nullptr, ""),
     P("Children", readonly, nullptr, ""),
@@ -37,7 +37,7 @@ const PropSpec common[] = {
     END,
 };
 
-const PropSpec root_props[] = {
+const PropRule root_props[] = {
     P("CurrentFigure", readonly, nullptr, ""),
     P("CallbackObject", readonly, nullptr, ""),
     V("ScreenSize", 4, "1 1 1920 1080"),
@@ -57,7 +57,7 @@ const PropSpec root_props[] = {
     END,
 };
 
-const PropSpec figure_props[] = {
+const PropRule figure_props[] = {
     P("Color", color, nullptr, "0.94 0.94 0.94"),
     V("Position", 4, "100 100 560 420"),
     P("Name", text, nullptr, ""),
@@ -101,7 +101,7 @@ const PropSpec figure_props[] = {
     END,
 };
 
-const PropSpec axes_props[] = {
+const PropRule axes_props[] = {
     V("Position", 4, "0.13 0.11 0.775 0.815"),
     P("Color", colorword, "none", "1 1 1"),
     P("XColor", color, nullptr, "0.15 0.15 0.15"),
@@ -178,7 +178,7 @@ const PropSpec axes_props[] = {
     P("MarkerFaceColor", colorword, "auto|none", "'none'"),            \
     P("EraseMode", word, "normal|background|xor|none", "'normal'")
 
-const PropSpec line_props[] = {
+const PropRule line_props[] = {
     P("XData", data, nullptr, ""), P("YData", data, nullptr, ""), P("ZData", data, nullptr, ""),
     P("Color", color, nullptr, "0 0 1"),
     STROKE_PROPS,
@@ -187,7 +187,7 @@ const PropSpec line_props[] = {
     END,
 };
 
-const PropSpec patch_props[] = {
+const PropRule patch_props[] = {
     P("XData", data, nullptr, ""), P("YData", data, nullptr, ""), P("ZData", data, nullptr, ""),
     P("Faces", data, nullptr, ""), P("Vertices", data, nullptr, ""),
     P("CData", data, nullptr, ""), P("FaceVertexCData", data, nullptr, ""),
@@ -207,7 +207,7 @@ const PropSpec patch_props[] = {
     END,
 };
 
-const PropSpec surface_props[] = {
+const PropRule surface_props[] = {
     P("XData", data, nullptr, ""), P("YData", data, nullptr, ""), P("ZData", data, nullptr, ""),
     P("CData", data, nullptr, ""),
     P("FaceColor", colorword, "flat|interp|none|texturemap", "'flat'"),
@@ -228,14 +228,14 @@ const PropSpec surface_props[] = {
     END,
 };
 
-const PropSpec image_props[] = {
+const PropRule image_props[] = {
     P("CData", data, nullptr, ""),
     P("XData", data, nullptr, ""), P("YData", data, nullptr, ""),
     P("CDataMapping", word, "direct|scaled", "'direct'"),
     END,
 };
 
-const PropSpec text_props[] = {
+const PropRule text_props[] = {
     P("String", any, nullptr, ""),
     V("Position", 0, "0 0 0"),
     P("Color", color, nullptr, "0 0 0"),
@@ -257,7 +257,7 @@ const PropSpec text_props[] = {
     END,
 };
 
-const PropSpec uicontrol_props[] = {
+const PropRule uicontrol_props[] = {
     P("Style", word, "pushbutton|togglebutton|radiobutton|checkbox|edit|text|slider|frame|listbox|popupmenu",
       "'pushbutton'"),
     P("String", any, nullptr, ""),
@@ -283,7 +283,7 @@ const PropSpec uicontrol_props[] = {
     END,
 };
 
-const PropSpec uimenu_props[] = {
+const PropRule uimenu_props[] = {
     P("Label", text, nullptr, ""),
     P("Callback", text, nullptr, ""),
     P("Checked", word, onoff, "'off'"),
@@ -295,27 +295,27 @@ const PropSpec uimenu_props[] = {
     END,
 };
 
-const PropSpec contextmenu_props[] = {
+const PropRule contextmenu_props[] = {
     P("Callback", text, nullptr, ""),
     V("Position", 2, "0 0"),
     END,
 };
 
-const PropSpec* const root_list[] = {common, root_props, nullptr};
-const PropSpec* const figure_list[] = {common, figure_props, nullptr};
-const PropSpec* const axes_list[] = {common, axes_props, nullptr};
-const PropSpec* const line_list[] = {common, line_props, nullptr};
-const PropSpec* const patch_list[] = {common, patch_props, nullptr};
-const PropSpec* const surface_list[] = {common, surface_props, nullptr};
-const PropSpec* const image_list[] = {common, image_props, nullptr};
-const PropSpec* const text_list[] = {common, text_props, nullptr};
-const PropSpec* const uicontrol_list[] = {common, uicontrol_props, nullptr};
-const PropSpec* const uimenu_list[] = {common, uimenu_props, nullptr};
-const PropSpec* const contextmenu_list[] = {common, contextmenu_props, nullptr};
+const PropRule* const root_list[] = {common, root_props, nullptr};
+const PropRule* const figure_list[] = {common, figure_props, nullptr};
+const PropRule* const axes_list[] = {common, axes_props, nullptr};
+const PropRule* const line_list[] = {common, line_props, nullptr};
+const PropRule* const patch_list[] = {common, patch_props, nullptr};
+const PropRule* const surface_list[] = {common, surface_props, nullptr};
+const PropRule* const image_list[] = {common, image_props, nullptr};
+const PropRule* const text_list[] = {common, text_props, nullptr};
+const PropRule* const uicontrol_list[] = {common, uicontrol_props, nullptr};
+const PropRule* const uimenu_list[] = {common, uimenu_props, nullptr};
+const PropRule* const contextmenu_list[] = {common, contextmenu_props, nullptr};
 
 }  // namespace
 
-const PropSpec* const* specs_of(Kind k) {
+const PropRule* const* rules_of(Kind k) {
     switch (k) {
         case Kind::root: return root_list;
         case Kind::figure: return figure_list;
@@ -332,9 +332,9 @@ const PropSpec* const* specs_of(Kind k) {
     return root_list;
 }
 
-const PropSpec* find_spec(Kind k, const char* name) {
-    for (const PropSpec* const* list = specs_of(k); *list; ++list)
-        for (const PropSpec* s = *list; s->name; ++s)
+const PropRule* find_rule(Kind k, const char* name) {
+    for (const PropRule* const* list = rules_of(k); *list; ++list)
+        for (const PropRule* s = *list; s->name; ++s)
             if (strcasecmp(s->name, name) == 0) return s;
     return nullptr;
 }

@@ -18,7 +18,7 @@ enum class PType {
     readonly,  // computed by the engine
 };
 
-struct PropSpec {
+struct PropRule {
     const char* name;
     PType type;
     const char* words;  // '|'-separated for word and colorword
@@ -26,10 +26,10 @@ struct PropSpec {
     int size;           // for vector
 };
 
-// The specs of a kind (the properties every object has come first), ended by a null name.
-const PropSpec* const* specs_of(Kind k);
-// The spec of a property of a kind, or null when the kind has none of that name.
-const PropSpec* find_spec(Kind k, const char* name);
+// The rules of a kind (the properties every object has come first), ended by a null name.
+const PropRule* const* rules_of(Kind k);
+// The rule of a property of a kind, or null when the kind has none of that name.
+const PropRule* find_rule(Kind k, const char* name);
 // The value of a default literal.
 Value parse_default(const char* def);
 

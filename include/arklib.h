@@ -38,7 +38,7 @@
 #include "arklib/polynomials.h"
 #include "arklib/quadrature.h"
 #include "arklib/matrix_functions.h"
-#include "arklib/special.h"
+#include "arklib/higher_functions.h"
 #include "arklib/wav.h"
 #include "arklib/linalg.h"
 #include "arklib/graphics.h"

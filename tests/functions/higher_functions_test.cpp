@@ -22,7 +22,7 @@ const double kPi = std::acos(-1.0);
 double v(const Mm& m, int k = 0) { return m.addr()[k]; }
 double vi(const Mm& m, int k = 0) { return m.pi ? m.addi()[k] : 0.0; }
 
-TEST(SpecialFunctions, BesselReferenceValuesAndClosedForms) {
+TEST(HigherFunctions, BesselReferenceValuesAndClosedForms) {
     EXPECT_TRUE(close(v(besselj(Mm(0.0), Mm(1.0))), 0.7651976865579666));
     EXPECT_TRUE(close(v(besselj(Mm(1.0), Mm(2.5))), 0.4970941024642741));
     EXPECT_TRUE(close(v(bessely(Mm(0.0), Mm(1.0))), 0.088256964215677));
@@ -53,7 +53,7 @@ TEST(SpecialFunctions, BesselReferenceValuesAndClosedForms) {
     EXPECT_TRUE(close(vi(besselh(Mm(0.0), Mm(2.0), Mm(1.0))), -0.088256964215677));
 }
 
-TEST(SpecialFunctions, AiryLegendreElliptic) {
+TEST(HigherFunctions, AiryLegendreElliptic) {
     const double want_pos[4] = {0.13529241631288147, -0.15914744129679328, 1.2074235949528715, 0.9324359333927756};
     const double want_neg[4] = {0.5355608832923522, -0.010160567116645175, 0.10399738949694468, 0.5923756264227923};
     for (int k = 0; k < 4; ++k) {

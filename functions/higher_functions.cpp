@@ -2,7 +2,7 @@
 // argument), continued to negative orders and arguments by the reflection and continuation
 // formulas of Abramowitz and Stegun (9.1.2, 9.1.35-36, 9.6.2, 9.6.30-31, 10.4); Jacobi elliptic
 // functions by the arithmetic-geometric mean (16.4); and number theory.
-#include "arklib/special.h"
+#include "arklib/higher_functions.h"
 
 #include <algorithm>
 #include <cmath>
