@@ -46,3 +46,4 @@
 #include "arklib/scope.h"
 #include "arklib/eval.h"
 #include "arklib/files.h"
+#include "arklib/mex_modules.h"

@@ -11,6 +11,7 @@
 #include "arklib/error.h"
 #include "arklib/eval.h"
 #include "arklib/hooks.h"
+#include "arklib/mex_modules.h"
 #include "arklib/scope.h"
 #include "arklib/startup.h"
 
@@ -23,7 +24,6 @@ Mm helpwin(const Mm& topic) __attribute__((weak));
 Mm figure_close(const Mm& which) __attribute__((weak));
 Mm memory() __attribute__((weak));
 Mm dir(const Mm& pattern) __attribute__((weak));
-void clear_mex(const char* name) __attribute__((weak));
 
 namespace {
 
@@ -74,7 +74,7 @@ void remove_named(const char* name) {
     const int k = scope_find(name, variables_scope.depth);
     if (k >= 0)
         scope_remove_at(k, variables_scope.depth);
-    else if (clear_mex)
+    else
         clear_mex(name);
 }
 
@@ -193,7 +193,7 @@ extern "C" std::intptr_t _ive_do(int command, std::intptr_t a, void* b) {
         case 24: if (Mm* m = scope_entry(k, 0)) write_name(b, m); break;
         case 25: system_hook = as<int (*)(const char*)>(b); break;
         case 26: return reinterpret_cast<std::intptr_t>(variable_named(b));
-        case 27: if (clear_mex && text) clear_mex(text); break;
+        case 27: if (text) clear_mex(text); break;
         case 28: guiexit(Mm(static_cast<double>(a))); break;
         case 29: write_preview(b, k, here); break;
         case 30: write_preview(b, k, 0); break;

@@ -35,3 +35,17 @@ run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/lib ${WORK_DIR}/cmake_buil
 if(NOT last_output MATCHES "installed arklib works")
   message(FATAL_ERROR "unexpected output of the find_package build: ${last_output}")
 endif()
+
+# An extension module built by the installed arkmex against the installed headers and library, and
+# called by a program built against the same copy, from the module's folder.
+file(MAKE_DIRECTORY ${WORK_DIR}/module)
+run(${prefix}/bin/arkmex -o ${WORK_DIR}/module/scale_matvex.so ${SOURCE_DIR}/tests/install/scale.c)
+run(pkg-config --cflags --libs arklib)
+string(STRIP "${last_output}" flags)
+separate_arguments(flags UNIX_COMMAND "${flags}")
+run(g++ -std=c++17 ${SOURCE_DIR}/tests/install/call_module.cpp -o ${WORK_DIR}/module/call_module ${flags})
+execute_process(COMMAND ${WORK_DIR}/module/call_module WORKING_DIRECTORY ${WORK_DIR}/module
+  RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(NOT rc EQUAL 0 OR NOT out MATCHES "installed module works")
+  message(FATAL_ERROR "the installed module did not work (${rc}): ${out}\n${err}")
+endif()
