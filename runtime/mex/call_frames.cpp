@@ -1,8 +1,12 @@
 // What a module call owns: the arrays and memory blocks made while it runs, freed when it ends
 // unless they were handed back, so that neither a failing module nor a careless one leaks.
 #include <cstdlib>
+#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
+
+#include "arklib/sparse.h"
 
 #include "runtime/mex/mex_internal.h"
 
@@ -13,7 +17,19 @@ namespace {
 struct owned_t {
     std::unordered_set<Mm*> arrays;
     std::unordered_set<void*> blocks;
+    std::unordered_map<const Mm*, std::pair<int*, int*>> columns;  // lists of mxGetIr, mxGetJc
 };
+
+// A sparse output whose module wrote its entries through the compressed-column lists.
+void take_columns(const owned_t& own, Mm* a) {
+    auto it = own.columns.find(a);
+    if (it == own.columns.end() || !it->second.first || !it->second.second || !a->flags.sparse) return;
+    int* jc = it->second.second;
+    const int cols = a->dims[1];
+    if (cols <= 0) return;
+    setIrJc(*a, it->second.first, jc);
+    if (jc[cols] >= 0 && jc[cols] < a->nnz) a->nnz = jc[cols];
+}
 
 // One record per call under way, the innermost last.
 std::vector<owned_t>& calls() {
@@ -29,8 +45,11 @@ call_frame::call_frame(Mm** plhs, int nslots) : plhs_(plhs), nslots_(nslots), do
 
 void call_frame::give_outputs(int n) {
     owned_t& own = calls().back();
-    for (int k = 0; k < n && k < nslots_; ++k)
-        if (plhs_[k]) own.arrays.erase(plhs_[k]);
+    for (int k = 0; k < n && k < nslots_; ++k) {
+        if (!plhs_[k]) continue;
+        take_columns(own, plhs_[k]);
+        own.arrays.erase(plhs_[k]);
+    }
     done_ = true;
 }
 
@@ -60,8 +79,22 @@ void track_block(void* p) {
 }
 
 void untrack_block(void* p) {
-    for (auto it = calls().rbegin(); it != calls().rend(); ++it)
-        if (it->blocks.erase(p)) return;
+    for (auto it = calls().rbegin(); it != calls().rend(); ++it) {
+        if (!it->blocks.erase(p)) continue;
+        // A freed list no longer describes its array.
+        for (auto& lists : it->columns) {
+            if (lists.second.first == p) lists.second.first = nullptr;
+            if (lists.second.second == p) lists.second.second = nullptr;
+        }
+        return;
+    }
+}
+
+void note_columns(const Mm* a, int* ir, int* jc) {
+    if (calls().empty()) return;
+    auto& lists = calls().back().columns[a];
+    if (ir) lists.first = ir;
+    if (jc) lists.second = jc;
 }
 
 Mm* new_array(const Mm& value) {

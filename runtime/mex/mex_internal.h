@@ -36,6 +36,9 @@ bool in_call();
 void track_array(Mm* a);
 void untrack_array(Mm* a);
 void track_block(void* p);
+// The compressed-column lists given out for a, which the module may fill: when a is an output, its
+// entries are taken from them as the call ends (the array's own storage is a position list).
+void note_columns(const Mm* a, int* ir, int* jc);
 void untrack_block(void* p);
 // A heap copy of value (sharing its storage), recorded in the current call; null when out of memory.
 Mm* new_array(const Mm& value);

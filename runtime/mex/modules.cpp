@@ -53,6 +53,19 @@ std::string locate(const std::string& file) {
     return found.find('/') == std::string::npos ? "./" + found : found;
 }
 
+// The system's code of a failed load. dlopen does not leave it in errno, but its message ends with
+// the code's text when there is one; a file that was opened but is not a loadable object has none.
+unsigned failure_code(int saved_errno, const char* why) {
+    if (saved_errno) return static_cast<unsigned>(saved_errno);
+    const std::size_t n = why ? std::strlen(why) : 0;
+    for (int code = 1; code < 134; ++code) {
+        const char* text = std::strerror(code);
+        const std::size_t m = std::strlen(text);
+        if (m < n && std::strcmp(why + n - m, text) == 0) return static_cast<unsigned>(code);
+    }
+    return ENOEXEC;
+}
+
 entry_rec* load(const char* name) {
     const std::string file = std::string(name) + "_matvex.so";
     const std::string where = locate(file);
@@ -61,8 +74,7 @@ entry_rec* load(const char* name) {
     const int code = errno;
     if (!module) {
         const char* why = dlerror();
-        error("Could not load %s GetLastError is %u (%s)", file.c_str(), static_cast<unsigned>(code),
-              why ? why : "");
+        error("Could not load %s GetLastError is %u (%s)", file.c_str(), failure_code(code, why), why ? why : "");
     }
     // Without a module there is no entry point to find either.
     void* entry = module ? dlsym(module, "mexFunction") : nullptr;

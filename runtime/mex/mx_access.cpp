@@ -87,6 +87,7 @@ mwIndex* mxGetIr(const mxArray* a) {
     if (!a || !a->flags.sparse) return nullptr;
     int* ir = getIr(*a);
     ak_mex::track_block(ir);
+    ak_mex::note_columns(a, ir, nullptr);
     return ir;
 }
 
@@ -94,6 +95,7 @@ mwIndex* mxGetJc(const mxArray* a) {
     if (!a || !a->flags.sparse) return nullptr;
     int* jc = getJc(*a);
     ak_mex::track_block(jc);
+    ak_mex::note_columns(a, nullptr, jc);
     return jc;
 }
 
