@@ -1,5 +1,5 @@
-/* [total, product, count] = stats(x): as many results as asked for. With nlhs 2 or more and a
- * second input that is true, it sets only the first result. */
+/* [total, product, count] = stats(x, mode): as many results as asked for. With mode 1 it sets only
+ * the first result, with mode 2 none at all. */
 #include "mex.h"
 
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
@@ -12,8 +12,9 @@ void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
         total += x[k];
         product *= x[k];
     }
+    if (nrhs > 1 && mxGetScalar(prhs[1]) == 2) return;
     plhs[0] = mxCreateDoubleScalar(total);
-    if (nrhs > 1 && mxGetScalar(prhs[1]) != 0) return;
+    if (nrhs > 1 && mxGetScalar(prhs[1]) == 1) return;
     if (nlhs > 1) plhs[1] = mxCreateDoubleScalar(product);
     if (nlhs > 2) plhs[2] = mxCreateDoubleScalar((double)n);
 }
