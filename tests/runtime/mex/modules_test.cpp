@@ -287,6 +287,22 @@ TEST_F(Modules, LoadFailuresAreReportedAndTheProgramGoesOn) {
     EXPECT_EQ(call("twice", 1, {Mm(4.0)})[0].r(), 8.0);
 }
 
+TEST_F(Modules, BuildCommandJoinsSourcesAndNamesTheModule) {
+    // arkmex with C++ and C sources and no -o: the module is named after the first source and
+    // written in the current directory.
+    const std::string dir = mex_test::work_dir();
+    const std::string sources = std::string(ARKLIB_MEX_SOURCES);
+    std::remove((dir + "/weighted_matvex.so").c_str());
+    const std::string command = "cd '" + dir + "' && " + ARKMEX + " '" + sources + "/weighted.cpp' '" +
+                                sources + "/weights.c'";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    EXPECT_EQ(call("weighted", 1, {row({1, 1, 2})})[0].r(), 1 + 2 + 6.0);
+    clear_mex("weighted");
+
+    const std::string wrong = "cd '" + dir + "' && " + ARKMEX + " '" + sources + "/README' 2>/dev/null";
+    EXPECT_NE(std::system(wrong.c_str()), 0) << "a file that is not a source is refused";
+}
+
 TEST_F(Modules, CurrentDirectoryWinsOverThePath) {
     // The same source built under one name in the work folder (on the path) and in a folder that
     // becomes the current directory: the second must be the one loaded.
