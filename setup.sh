@@ -12,7 +12,7 @@ mode=${1:-test}
 packages=(build-essential cmake pkg-config ccache libgtest-dev libgmock-dev libbenchmark-dev
           libopenblas-dev liblapack-dev libsuperlu-dev libfftw3-dev libqhull-dev libpng-dev libjpeg62-turbo-dev
           libcairo2-dev fonts-dejavu-core poppler-utils libxml2-utils
-          libpcre2-dev)
+          libpcre2-dev zlib1g-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -47,3 +47,4 @@
 #include "arklib/eval.h"
 #include "arklib/files.h"
 #include "arklib/mex_modules.h"
+#include "arklib/matfile.h"

@@ -16,8 +16,7 @@
 #include "arklib/hooks.h"
 #include "arklib/scope.h"
 
-// Reading MAT-files belongs to the file functions; who and whos of a file use it when it is linked.
-Mm load(const Mm& file) __attribute__((weak));
+#include "io/matfile_internal.h"
 
 extern char** environ;
 
@@ -64,24 +63,15 @@ Mm whos_of_level(int level) {
     return whos_struct(cells);
 }
 
-// The variables of a MAT-file, read by load into a structure, listed like the workspace.
+// The variables of a data file, listed like the workspace.
 Mm whos_of_file(const Mm& file) {
-    char name[1024];
+    char name[2049];
     Mstr(file, name, sizeof name);
-    const std::string found = ak_path_search(name, 0);
-    if (found.empty()) {
-        error("load: %s not found", name);
-        return x_M;
-    }
-    if (!load) {
-        error("whos: reading MAT-files is not available");
-        return x_M;
-    }
-    Mm s = load(TM(found.c_str()));
-    if (!s.fields || s.size() < 1) return whos_struct(Mm(0, 0, 0, 4, 0, ak_mm));
-    Mm cells(0, 0, 0, 4, s.nfields, ak_mm);
-    const Mm& values = *static_cast<const Mm*>(s.pr);
-    for (int f = 0; f < s.nfields; ++f) whos_column(cells, f + 1, s.fields[f], values.mr(f + 1));
+    std::vector<std::pair<std::string, Mm>> vars;
+    if (!ak_mat_file_variables(name, vars)) return x_M;
+    Mm cells(0, 0, 0, 4, static_cast<int>(vars.size()), ak_mm);
+    for (std::size_t k = 0; k < vars.size(); ++k)
+        whos_column(cells, static_cast<int>(k) + 1, vars[k].first.c_str(), vars[k].second);
     return whos_struct(cells);
 }
 
