@@ -38,13 +38,29 @@ void gather(const Object& o, Extent e[3], Extent& c, bool& image_only) {
     const Value& y = o.get("YData");
     const Value& z = o.get("ZData");
     switch (o.kind) {
-        case Kind::line:
+        case Kind::line: {
             image_only = false;
-            e[0].add(x.empty() ? counting(y.count()) : x.d);
-            e[1].add(y.d);
+            std::string chart = o.word("ChartType");
+            std::vector<double> xs = x.empty() ? counting(y.count()) : x.d, ys = y.d;
+            if (same_word(chart, "pie") || same_word(chart, "pie3")) {
+                for (int k = 0; k < 2; ++k) e[k].add(-1.3), e[k].add(1.3);
+                break;
+            }
+            if (same_word(chart, "polar")) polar_to_plane(xs, ys);
+            if (same_word(chart, "barh") || same_word(chart, "bar3h")) {
+                double w = bar_width(xs);
+                for (double v : xs) e[1].add(v - w / 2), e[1].add(v + w / 2);
+                e[0].add(ys);
+                e[0].add(0.0);
+                break;
+            }
+            e[0].add(xs);
+            e[1].add(ys);
             e[2].add(z.d);
-            if (same_word(o.word("ChartType"), "stem") || same_word(o.word("ChartType"), "bar")) e[1].add(0.0);
-            if (same_word(o.word("ChartType"), "bar")) {
+            if (same_word(chart, "stem") || same_word(chart, "bar") || same_word(chart, "bar3") ||
+                same_word(chart, "area"))
+                e[1].add(0.0);
+            if (same_word(chart, "bar") || same_word(chart, "bar3")) {
                 double w = bar_width(x.empty() ? counting(y.count()) : x.d);
                 for (double v : (x.empty() ? counting(y.count()) : x.d)) {
                     e[0].add(v - w / 2);
@@ -52,6 +68,7 @@ void gather(const Object& o, Extent e[3], Extent& c, bool& image_only) {
                 }
             }
             break;
+        }
         case Kind::patch: {
             image_only = false;
             const Value& vert = o.get("Vertices");

@@ -20,6 +20,12 @@ ae_error_handler_t error_handler = nullptr;
 ae_free_handler_t free_handler = nullptr;
 double mesh_axes = 0, surface_axes = 0;
 
+}  // namespace
+
+bool embedded_mode = false;
+
+namespace {
+
 // The record qor_get answers with; it lives until the next qor_get.
 ae_value answer;
 std::vector<double> answer_data;
@@ -217,14 +223,29 @@ AE_EXPORT void arkengine_qor_line_data(double h, int n, double* x, int xs, doubl
         for (int k = 0; k < n; ++k) v[k] = p[static_cast<size_t>(k) * stride];
         return Value::row(v);
     };
+    if (o->kind == Kind::text) {
+        // A text takes its one point as its position.
+        if (x && y && n > 0) o->props["Position"] = Value::row({x[0], y[0], z ? z[0] : 0.0});
+        return;
+    }
     if (x) o->props["XData"] = take(x, xs);
     if (y) o->props["YData"] = take(y, ys);
     o->props["ZData"] = z ? take(z, zs) : Value();
+    // A surface's points come as one run; its Size gives the grid they fill.
+    const Value& size = o->get("Size");
+    if (o->kind == Kind::surface && size.count() == 2 && size.d[0] * size.d[1] == n) {
+        for (const char* name : {"XData", "YData", "ZData"}) {
+            Value& v = o->props[name];
+            if (v.count() != n) continue;
+            v.dims[0] = static_cast<int>(size.d[0]);
+            v.dims[1] = static_cast<int>(size.d[1]);
+        }
+    }
 }
 
 AE_EXPORT void arkengine_qor_mesh_axes(double h) { mesh_axes = h; }
 AE_EXPORT void arkengine_qor_surface_axes(double h) { surface_axes = h; }
-AE_EXPORT void arkengine_qor_embed_mode(int) {}
+AE_EXPORT void arkengine_qor_embed_mode(int on) { embedded_mode = on != 0; }
 AE_EXPORT void arkengine_qor_set_app_window(void*) {}
 AE_EXPORT void arkengine_qor_set_app_key_window(void*) {}
 AE_EXPORT void arkengine_qor_console_mode(int) {}

@@ -56,6 +56,9 @@ struct Object {
     bool on(const char* name) const { return same_word(word(name), "on"); }
 };
 
+// On while the program's axes lives in a window of its own (qor_embed_mode).
+extern bool embedded_mode;
+
 // ---- the tree ----------------------------------------------------------------------------------
 Object* find_object(double h);
 Object& root();

@@ -156,13 +156,75 @@ bool write_file_property(Object& o, const Value& v) {
     return write_figure(*f, v.as_text());
 }
 
+// The plotting code names colours, markers and line styles by number: a colour -100 - k is
+// letter k of "ymcrgbwk" taken from the axes' colour order (blue, green, red, cyan, magenta,
+// yellow, black, then white), a marker 0..12 one of ". o x + * s d ^ v > < p h" and a style
+// 0..3 one of "- : -. --"; -1 is none for both.
+bool coded_value(const Object& o, const char* name, const Value& v, Value& out) {
+    if (v.str || v.count() != 1) return false;
+    double code = v.d[0];
+    if (same_word(name, "Marker") || same_word(name, "LineStyle")) {
+        static const char* marks[] = {".", "o", "x", "+", "*", "s", "d", "^", "v", ">", "<", "p", "h"};
+        static const char* styles[] = {"-", ":", "-.", "--"};
+        bool marker = same_word(name, "Marker");
+        int k = static_cast<int>(code), count = marker ? 13 : 4;
+        if (code != k || k < -1 || k >= count) return false;
+        out = Value::text(k < 0 ? "none" : marker ? marks[k] : styles[k]);
+        return true;
+    }
+    if (same_word(name, "Color") && code <= -100 && code >= -107 && code == std::floor(code)) {
+        static const int place[8] = {5, 4, 3, 2, 1, 0, 7, 6};
+        static const double letters[8][3] = {{1, 1, 0}, {1, 0, 1}, {0, 1, 1}, {1, 0, 0},
+                                             {0, 1, 0}, {0, 0, 1}, {1, 1, 1}, {0, 0, 0}};
+        int k = static_cast<int>(-100 - code);
+        Object* ax = find_object(o.parent);
+        const Value* order = ax && ax->kind == Kind::axes ? ax->find("ColorOrder") : nullptr;
+        int row = place[k];
+        if (order && order->cols() == 3 && row < order->rows() && k != 6) {
+            int n = order->rows();
+            out = Value::row({order->d[row], order->d[n + row], order->d[2 * n + row]});
+        } else {
+            out = Value::row({letters[k][0], letters[k][1], letters[k][2]});
+        }
+        return true;
+    }
+    return false;
+}
+
+// An axes' own properties back to their defaults; its place, its labels and its children stay.
+void reset_axes(Object& ax) {
+    static const char* kept[] = {"Position", "Units", "Parent", "Title", "XLabel", "YLabel", "ZLabel", "Tag",
+                                 "UserData", "Color", "NextPlot"};
+    for (const PropRule* const* list = rules_of(ax.kind); *list; ++list)
+        for (const PropRule* r = *list; r->name; ++r) {
+            bool keep = false;
+            for (const char* k : kept) keep = keep || same_word(r->name, k);
+            if (!keep) ax.props[r->name] = parse_default(r->def);
+        }
+}
+
+// A text object made the axes' title or axis label: it leaves the axes' children, and the label
+// it replaces is deleted.
+void adopt_label(Object& ax, const char* slot, Object& t) {
+    double old = ax.number(slot, -1);
+    if (t.parent != ax.handle) reparent(t.handle, ax.handle);
+    t.hidden_child = true;
+    bool title = same_word(slot, "Title"), x = same_word(slot, "XLabel");
+    if (same_word(t.word("HorizontalAlignment"), "left")) t.props["HorizontalAlignment"] = Value::text("center");
+    if (same_word(t.word("VerticalAlignment"), "middle"))
+        t.props["VerticalAlignment"] = Value::text(title ? "bottom" : x ? "top" : "bottom");
+    if (!title && !x && t.number("Rotation") == 0) t.props["Rotation"] = Value::num(90);
+    ax.props[slot] = Value::num(t.handle);
+    if (old != t.handle && find_object(old)) delete_object(old);
+}
+
 // Properties whose writes do more than store the value. True when handled.
 bool special_set(Object& o, const char* name, const Value& v, bool& ok) {
     ok = true;
     double h = o.handle;
     if (same_word(name, "Kill")) {
         delete_object(h);
-    } else if (same_word(name, "KillChilds") || same_word(name, "Clear")) {
+    } else if (same_word(name, "KillChilds") || same_word(name, "Clear") || same_word(name, "KillSerieses")) {
         std::vector<double> kids;
         for (double c : o.children)
             if (find_object(c) && !find_object(c)->hidden_child) kids.push_back(c);
@@ -186,7 +248,9 @@ bool special_set(Object& o, const char* name, const Value& v, bool& ok) {
                                 o.kind == Kind::uicontextmenu
                             ? p.kind == Kind::figure || (o.kind == Kind::uimenu && p.kind == Kind::uimenu)
                             : p.kind == Kind::axes;
-            if (!fits) ok = complain(o, "Parent", "an object that can hold it");
+            if (!fits && o.kind == Kind::axes && p.kind == Kind::root && embedded_mode) {
+                // An axes in a foreign window stays in the figure that hosts it.
+            } else if (!fits) ok = complain(o, "Parent", "an object that can hold it");
             else reparent(h, p.handle);
         }
     } else if (o.kind == Kind::root && same_word(name, "CurrentFigure")) {
@@ -196,13 +260,34 @@ bool special_set(Object& o, const char* name, const Value& v, bool& ok) {
             o.props["CurrentFigure"] = v;
     } else if (o.kind == Kind::figure && same_word(name, "CurrentAxes")) {
         Object* a = v.count() == 1 ? find_object(v.d[0]) : nullptr;
-        if (!a || a->kind != Kind::axes || a->parent != h) ok = complain(o, "CurrentAxes", "an axes of the figure");
+        if (v.empty() || (v.count() == 1 && v.d[0] == 0)) o.props["CurrentAxes"] = Value();
+        else if (!a || a->kind != Kind::axes || a->parent != h) ok = complain(o, "CurrentAxes", "an axes of the figure");
         else o.props["CurrentAxes"] = v;
     } else if (o.kind == Kind::figure && (same_word(name, "Colormap") || same_word(name, "ColorMap"))) {
         bool fits = !v.str && v.cols() == 3 && v.rows() >= 1 && v.nd == 2;
         for (double x : v.d) fits = fits && x >= 0.0 && x <= 1.0;
         if (!fits) ok = complain(o, name, "an n-by-3 matrix of values from 0 to 1");
         else o.props["Colormap"] = v;
+    } else if (o.kind == Kind::axes && same_word(name, "View") && !v.str && v.count() == 1) {
+        // 2 is the plane view and 3 the standard 3-D view; 2.5 is the plane view of a mesh axes
+        // and 3.5 keeps the view it has, so a grid chart keeps the view it asked for.
+        double w = v.d[0];
+        if (w == 2 || w == 2.5) o.props["View"] = Value::row({0, 90});
+        else if (w == 3) o.props["View"] = Value::row({-37.5, 30});
+        else if (w != 3.5) ok = complain(o, "View", "[azimuth elevation] or one of 2, 2.5, 3, 3.5");
+    } else if (o.kind == Kind::axes && same_word(name, "Reset")) {
+        reset_axes(o);
+    } else if (o.kind == Kind::axes && !v.str && v.count() == 1 && find_object(v.d[0]) &&
+               find_object(v.d[0])->kind == Kind::text &&
+               (same_word(name, "Title") || same_word(name, "XLabel") || same_word(name, "YLabel") ||
+                same_word(name, "ZLabel"))) {
+        adopt_label(o, find_rule(Kind::axes, name)->name, *find_object(v.d[0]));
+    } else if (o.kind == Kind::line && same_word(name, "ChartType") && (v.is_text("text") || v.is_text("text3"))) {
+        // A line of the chart "text" is a text object: it takes the text kind and its defaults.
+        o.kind = Kind::text;
+        o.props.clear();
+        apply_defaults(o);
+        o.props["ChartType"] = v;
     } else if (o.kind == Kind::axes && v.str &&
                (same_word(name, "Title") || same_word(name, "XLabel") || same_word(name, "YLabel") ||
                 same_word(name, "ZLabel"))) {
@@ -270,7 +355,7 @@ bool set_property(Object& o, const char* name, const Value& v) {
         return true;
     }
     Value stored;
-    if (!checked(o, *s, v, stored)) return false;
+    if (!coded_value(o, s->name, v, stored) && !checked(o, *s, v, stored)) return false;
     o.props[s->name] = stored;
     if (const char* mode = mode_of(s->name)) o.props[mode] = Value::text("manual");
     if (o.kind == Kind::axes && same_word(s->name, "LegendString"))

@@ -16,6 +16,7 @@ constexpr const char* markers = "none|.|o|x|+|*|s|square|d|diamond|^|v|<|>|p|pen
 #define P(name, type, words, def) {name, PType::type, words, def, 0}
 #define V(name, n, def) {name, PType::vector, nullptr, def, n}
 #define END {nullptr, PType::any, nullptr, nullptr, 0}
+#define DEFAULT_CALLBACKS(kind) P("Default" #kind "CreateFcn", text, nullptr, ""), P("Default" #kind "DeleteFcn", text, nullptr, "")
 
 const PropRule common[] = {
     P("Type", readonly, nullptr, ""),
@@ -54,6 +55,14 @@ const PropRule root_props[] = {
     P("Language", text, nullptr, "'english'"),
     P("Profile", word, onoff, "'off'"),
     P("ErrorMessage", text, nullptr, ""),
+    // Defaults that new figures and axes take, and the callbacks each new object of a kind gets.
+    V("DefaultFigurePosition", 4, "100 100 560 420"),
+    P("DefaultFigureColor", color, nullptr, "0.94 0.94 0.94"),
+    P("DefaultAxesColor", colorword, "none", "1 1 1"),
+    V("DefaultAxesPosition", 4, "0 0 1 1"),
+    DEFAULT_CALLBACKS(Figure), DEFAULT_CALLBACKS(Axes), DEFAULT_CALLBACKS(Image), DEFAULT_CALLBACKS(Line),
+    DEFAULT_CALLBACKS(Patch), DEFAULT_CALLBACKS(Surface), DEFAULT_CALLBACKS(Text), DEFAULT_CALLBACKS(Uicontrol),
+    DEFAULT_CALLBACKS(Hwcontrol), DEFAULT_CALLBACKS(Uimenu), DEFAULT_CALLBACKS(Uicontextmenu),
     END,
 };
 
@@ -69,7 +78,7 @@ const PropRule figure_props[] = {
     P("CurrentCharacter", text, nullptr, ""),
     P("PixelsPerInch", number, nullptr, "96"),
     P("Units", word, "pixels|normalized|inches|centimeters|points|characters", "'pixels'"),
-    P("MenuBar", word, "figure|none", "'figure'"),
+    P("MenuBar", word, "figure|none|on|off", "'figure'"),
     P("Resize", word, onoff, "'on'"),
     P("NextPlot", word, "add|replace|replacechildren|new", "'add'"),
     P("Pointer", word, "arrow|crosshair|fullcrosshair|ibeam|watch|topl|topr|botl|botr|left|top|right|bottom|circle|cross|fleur|custom", "'arrow'"),
@@ -97,7 +106,9 @@ const PropRule figure_props[] = {
     P("ShareColors", word, onoff, "'on'"),
     P("BackingStore", word, onoff, "'on'"),
     P("DrawMode", word, "normal|fast", "'normal'"),
-    P("WhiteBackgroundPrint", number, nullptr, "0"),
+    P("WhiteBackgroundPrint", any, nullptr, "0"),
+    P("DefaultAxesColor", colorword, "none", "1 1 1"),
+    V("DefaultAxesPosition", 4, "0 0 1 1"),
     END,
 };
 
@@ -115,9 +126,9 @@ const PropRule axes_props[] = {
     P("XScale", word, "linear|log", "'linear'"),
     P("YScale", word, "linear|log", "'linear'"),
     P("ZScale", word, "linear|log", "'linear'"),
-    P("XDir", word, "normal|reverse", "'normal'"),
-    P("YDir", word, "normal|reverse", "'normal'"),
-    P("ZDir", word, "normal|reverse", "'normal'"),
+    P("XDir", word, "normal|reverse|inverted", "'normal'"),
+    P("YDir", word, "normal|reverse|inverted", "'normal'"),
+    P("ZDir", word, "normal|reverse|inverted", "'normal'"),
     P("XGrid", word, onoff, "'off'"), P("YGrid", word, onoff, "'off'"), P("ZGrid", word, onoff, "'off'"),
     V("XTick", 0, ""), V("YTick", 0, ""), V("ZTick", 0, ""),
     P("XTickMode", word, "auto|manual", "'auto'"),
@@ -165,6 +176,8 @@ const PropRule axes_props[] = {
     P("LegendPos", number, nullptr, "1"),
     P("Shading", word, "flat|interp|faceted", "'faceted'"),
     P("DrawMode", word, "normal|fast", "'normal'"),
+    P("Colormap", data, nullptr, ""),
+    P("square", word, onoff, "'off'"),
     END,
 };
 
@@ -173,7 +186,7 @@ const PropRule axes_props[] = {
     P("LineStyle", word, line_styles, "'-'"),                          \
     P("LineWidth", number, nullptr, "0.5"),                            \
     P("Marker", word, markers, "'none'"),                              \
-    P("MarkerSize", number, nullptr, "6"),                             \
+    P("MarkerSize", data, nullptr, "6"),                               \
     P("MarkerEdgeColor", colorword, "auto|none", "'auto'"),            \
     P("MarkerFaceColor", colorword, "auto|none", "'none'"),            \
     P("EraseMode", word, "normal|background|xor|none", "'normal'")
@@ -182,8 +195,9 @@ const PropRule line_props[] = {
     P("XData", data, nullptr, ""), P("YData", data, nullptr, ""), P("ZData", data, nullptr, ""),
     P("Color", color, nullptr, "0 0 1"),
     STROKE_PROPS,
-    P("ChartType", word, "line|stem|stairs|bar", "'line'"),
-    P("Stacktype", number, nullptr, "0"),
+    P("ChartType", text, nullptr, "'line'"),
+    P("Stacktype", any, nullptr, ""),
+    P("MarkerColor", any, nullptr, ""),
     END,
 };
 
@@ -223,7 +237,9 @@ const PropRule surface_props[] = {
     P("SpecularExponent", number, nullptr, "10"),
     P("SpecularColorReflectance", number, nullptr, "1"),
     P("VertexNormals", data, nullptr, ""),
-    P("NumContourLines", number, nullptr, "10"),
+    P("NumContourLines", data, nullptr, "10"),
+    P("ChartType", text, nullptr, "'surface'"),
+    V("Size", 2, ""),
     STROKE_PROPS,
     END,
 };

@@ -209,6 +209,66 @@ void draw_3d_frame(const Painter& p, const Projection& pr, const Object& ax) {
     label(p, ax, "ZLabel", x1 - 10 - widest_label(p, ax, 2), y1);
 }
 
+// The text of a label slot, empty when there is none.
+std::string label_text(const Object& ax, const char* slot) {
+    Object* t = find_object(ax.number(slot, -1));
+    return t && t->on("Visible") ? t->get("String").as_text() : std::string();
+}
+
+// A visible axes' Position is the room it has: the plot box is what is left inside it once the
+// tick labels, axis labels and title have their place, so that nothing is cut off at the edge of
+// the figure or runs into a neighbouring axes.
+void leave_room_for_labels(const Painter& p, Projection& pr, const Object& ax) {
+    double fs = ax.number("FontSize", 10) * p.px_per_pt;
+    double line = fs * 1.3;
+    bool has_title = !label_text(ax, "Title").empty();
+    double left, right, bottom, top;
+    if (pr.is3d) {
+        left = widest_label(p, ax, 2) + 14 + (label_text(ax, "ZLabel").empty() ? 0 : line + 4);
+        right = 12;
+        bottom = line + 8 + (label_text(ax, "XLabel").empty() && label_text(ax, "YLabel").empty() ? 0 : line + 8);
+        top = has_title ? line * 1.2 + 10 : 8;
+    } else {
+        double y_room = widest_label(p, ax, 1) + 8 + (label_text(ax, "YLabel").empty() ? 0 : line + 4) + 4;
+        double x_room = line + 6 + (label_text(ax, "XLabel").empty() ? 0 : line + 2) + 2;
+        bool y_right = same_word(ax.word("YAxisLocation"), "right");
+        bool x_top = same_word(ax.word("XAxisLocation"), "top");
+        double half_x = widest_label(p, ax, 0) / 2 + 4;
+        left = y_right ? half_x : y_room;
+        right = y_right ? y_room : half_x;
+        bottom = x_top ? fs * 0.8 : x_room;
+        top = (x_top ? x_room : fs * 0.8) + (has_title ? line * 1.2 + 6 : 0);
+    }
+    // A small axes keeps at least a third of its room for the plot itself.
+    double sx = std::min(1.0, pr.bw * 2 / 3 / std::max(left + right, 1e-9));
+    double sy = std::min(1.0, pr.bh * 2 / 3 / std::max(top + bottom, 1e-9));
+    pr.bx += left * sx;
+    pr.bw -= (left + right) * sx;
+    pr.by += top * sy;
+    pr.bh -= (top + bottom) * sy;
+}
+
+// The plot box made square (axis equal or square, and pies), centred in the room it had.
+void make_square(Projection& pr) {
+    double side = std::min(pr.bw, pr.bh);
+    pr.bx += (pr.bw - side) / 2;
+    pr.by += (pr.bh - side) / 2;
+    pr.bw = pr.bh = side;
+}
+
+// True when everything the axes shows is a pie, which needs neither frame nor ticks.
+bool pies_only(const Object& ax) {
+    bool any = false;
+    for (double h : ax.children) {
+        const Object* o = find_object(h);
+        if (!o || o->hidden_child) continue;
+        std::string chart = o->word("ChartType");
+        if (o->kind != Kind::line || !(same_word(chart, "pie") || same_word(chart, "pie3"))) return false;
+        any = true;
+    }
+    return any;
+}
+
 }  // namespace
 
 void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
@@ -216,11 +276,14 @@ void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
     Projection pr;
     pr.setup(ax, fig_w, fig_h);
     Painter p = outer;
+    bool pie = pies_only(ax);
+    if (ax.on("Visible")) leave_room_for_labels(p, pr, ax);
+    if (pie || ax.on("square")) make_square(pr);
     const Value& clim = ax.get("CLim");
     p.clim[0] = clim.at(0, 0);
     p.clim[1] = clim.at(1, 1);
     // An invisible axes shows its objects without background, frame, labels or legend.
-    bool visible = ax.on("Visible");
+    bool visible = ax.on("Visible") && !pie;
     RGB bg;
     if (visible && !pr.is3d && rgb_of(ax.get("Color"), bg)) {
         p.set_color(bg);
@@ -239,6 +302,10 @@ void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
         if (Object* o = find_object(h))
             if (!o->hidden_child && o->on("Visible")) draw_object(p, pr, *o);
     cairo_restore(p.cr);
+    if (pie && ax.on("Visible")) {
+        label(p, ax, "Title", pr.bx + pr.bw / 2, pr.by - 6);
+        draw_legend(p, pr, ax);
+    }
     if (!visible) return;
     if (!pr.is3d) {
         draw_2d_frame(p, pr, ax, false);

@@ -60,6 +60,18 @@ struct Painter {
 // A colour property: true with the RGB when the value is a triple.
 bool rgb_of(const Value& v, RGB& out);
 
+// Line charts that are not polylines (barh, area, pie); false for the others.
+bool draw_line_chart(const Painter& p, const Projection& pr, const Object& o, const std::string& chart,
+                     const RGB& color, double width);
+// Polar data (angle, radius) to the plane, in place.
+void polar_to_plane(std::vector<double>& theta, std::vector<double>& r);
+// The levels of a contour surface: NumContourLines as a count inside the data's range, or as the
+// list itself.
+std::vector<double> contour_levels_of(const Object& o);
+// Contour lines of a surface (filled bands below them for contourf), at their heights for
+// contour3, else in the plane or on the floor of a 3-D axes.
+void draw_contour(const Painter& p, const Projection& pr, const Object& o, bool filled, bool at_height);
+
 void draw_axes(const Painter& p, Object& ax, double fig_w, double fig_h);
 void draw_object(const Painter& p, const Projection& pr, const Object& o);
 void draw_legend(const Painter& p, const Projection& pr, const Object& ax);

@@ -35,8 +35,12 @@ Stroke stroke_of(const Painter& p, const Object& o, const RGB& color) {
     const Value& me = o.get("MarkerEdgeColor");
     if (me.is_text("none")) s.has_edge = false;
     else rgb_of(me, s.medge);
+    // A marker colour of its own (scatter) stands for the line's colour in the marks.
+    RGB own;
+    bool has_own = rgb_of(o.get("MarkerColor"), own);
+    if (has_own && !me.is_text("none")) s.medge = own;
     const Value& mf = o.get("MarkerFaceColor");
-    if (mf.is_text("auto")) s.has_face = true, s.mface = color;
+    if (mf.is_text("auto")) s.has_face = true, s.mface = has_own ? own : color;
     else s.has_face = rgb_of(mf, s.mface);
     return s;
 }
@@ -66,13 +70,15 @@ void polyline(const Painter& p, const std::vector<std::pair<double, double>>& pt
 void draw_line(const Painter& p, const Projection& pr, const Object& o) {
     const Value& yv = o.get("YData");
     std::vector<double> x = o.get("XData").empty() ? counting(yv.count()) : o.get("XData").d;
-    const std::vector<double>& y = yv.d;
+    std::vector<double> y = yv.d;
     const std::vector<double>& z = o.get("ZData").d;
     size_t n = std::min(x.size(), y.size());
     RGB color;
     rgb_of(o.get("Color"), color);
     Stroke s = stroke_of(p, o, color);
     std::string chart = o.word("ChartType");
+    if (draw_line_chart(p, pr, o, chart, color, s.width)) return;
+    if (same_word(chart, "polar")) polar_to_plane(x, y);
     std::vector<std::pair<double, double>> pts;
     std::vector<bool> ok;
     std::vector<std::pair<double, double>> marks;
@@ -91,7 +97,7 @@ void draw_line(const Painter& p, const Projection& pr, const Object& o) {
         if (good) marks.push_back({px, py});
     }
     p.set_color(color);
-    if (same_word(chart, "bar")) {
+    if (same_word(chart, "bar") || same_word(chart, "bar3")) {
         double w = bar_width(x);
         for (size_t k = 0; k < n; ++k) {
             double x1, y1, x2, y2;
@@ -208,6 +214,11 @@ void draw_patch(const Painter& p, const Projection& pr, const Object& o) {
     }
 }
 
+RGB& black_probe() {
+    static RGB c;
+    return c;
+}
+
 struct Quad {
     double depth;
     double px[4], py[4];
@@ -215,6 +226,14 @@ struct Quad {
 };
 
 void draw_surface(const Painter& p, const Projection& pr, const Object& o) {
+    std::string chart = o.word("ChartType");
+    if (chart.compare(0, 7, "contour") == 0) {
+        draw_contour(p, pr, o, same_word(chart, "contourf"), same_word(chart, "contour3"));
+        return;
+    }
+    bool mesh = chart.compare(0, 4, "mesh") == 0;
+    const Object* ax = find_object(o.parent);
+    std::string shading = ax ? ax->word("Shading") : std::string("faceted");
     const Value& z = o.get("ZData");
     int m = z.rows(), n = z.cols();
     if (m < 1 || n < 1) return;
@@ -246,8 +265,15 @@ void draw_surface(const Painter& p, const Projection& pr, const Object& o) {
         }
     std::stable_sort(quads.begin(), quads.end(), [](const Quad& a, const Quad& b) { return a.depth < b.depth; });
     bool direct = same_word(o.word("CDataMapping"), "direct");
-    const Value& fc = o.get("FaceColor");
-    const Value& ec = o.get("EdgeColor");
+    // A mesh shows its grid in the data's colours over faces of the background; shading flat
+    // drops the edges of a surface and interp also blends its faces.
+    static const Value white = Value::row({1, 1, 1}), flat = Value::text("flat"), none = Value::text("none"),
+                       blend = Value::text("interp");
+    bool plain_faces = o.get("FaceColor").is_text("flat");
+    const Value& fc = mesh && plain_faces ? white : same_word(shading, "interp") && plain_faces ? blend : o.get("FaceColor");
+    const Value& ec = mesh && rgb_of(o.get("EdgeColor"), black_probe()) ? flat
+                      : !mesh && (same_word(shading, "flat") || same_word(shading, "interp")) ? none
+                                                                                               : o.get("EdgeColor");
     bool interp = fc.is_text("interp");
     bool faces = !fc.is_text("none");
     RGB black;
@@ -378,6 +404,17 @@ void draw_legend(const Painter& p, const Projection& pr, const Object& ax) {
         const Object* o = find_object(*it);
         if (o && !o->hidden_child && (o->kind == Kind::line || o->kind == Kind::patch || o->kind == Kind::surface))
             series.push_back(o);
+    }
+    // Objects named one by one (their own LegendString) are listed with those names.
+    std::vector<const Object*> named;
+    std::vector<std::string> own;
+    for (const Object* o : series) {
+        const Value* v = o->find("LegendString");
+        if (v && v->str && !v->empty()) named.push_back(o), own.push_back(v->as_text());
+    }
+    if (!named.empty()) {
+        series = named;
+        names = own;
     }
     size_t n = std::min(names.size(), series.size());
     if (n == 0) return;

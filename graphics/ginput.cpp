@@ -1,6 +1,8 @@
 // Picking points with the mouse: ginput, and gtext and getpts on top of it.
 #include "arklib/builtins.h"
+#include "arklib/figures.h"
 #include "arklib/list.h"
+#include "arklib/plots.h"
 #include "graphics/graphics_internal.h"
 
 using namespace ak_internal;
@@ -23,10 +25,10 @@ void pick(int n, Mm& x, Mm& y, Mm& button) {
     x = empty;
     y = empty;
     button = empty;
-    double axes = current_axes();
+    double axes = number_of(gca());
     set(Mm(axes), "Pointer", TM("cross"));
-    if (current_figure() > 0) set(Mm(current_figure()), "ControlBar", TM("off"));
-    ak_engine.qor_refresh();
+    if (current_figure() > 0) set(gcf(), "ControlBar", TM("off"));
+    shg();
     for (int k = 0; n < 0 || k < n; ++k) {
         int press = static_cast<int>(waitforbuttonpress().r());
         if (press < 0) return;  // no more input: the pointer is left as it is
@@ -34,7 +36,7 @@ void pick(int n, Mm& x, Mm& y, Mm& button) {
             Mm o = gco();
             if (o.size() > 0 && handle_at(o, 0) == axes) append_point(axes, 1, x, y, button);
         } else {
-            Mm c = get(Mm(current_figure()), "CurrentCharacter");
+            Mm c = get(gcf(), "CurrentCharacter");
             double code = c.size() > 0 ? c.addr()[0] : 0;
             if (code == 13) break;
             append_point(axes, code, x, y, button);
@@ -71,22 +73,16 @@ Mm gtext(const Mm& s) {
     Mm x, y;
     ginput(Mm(1.0), i_o, x, y);
     if (x.size() < 1) return x_M;
-    // The text object of the plot family, made here directly: a text at the point picked.
-    Mm t = ak_new_object("text", Mm(current_axes()));
-    set(t, "Position", Mm((BR(x.addr()[0]), y.addr()[0])));
-    set(t, "String", s);
-    return t;
+    return text(list_of({Mm(x.addr()[0]), Mm(y.addr()[0]), s}));
 }
 
 Mm getpts(const Mm& fig, i_o_t, Mm& x, Mm& y) {
-    double f = fig.size() > 0 ? handle_at(fig, 0) : -1;
-    ak_engine.qor_new_object("Figure", f > 0 ? static_cast<int>(f) : -1);
-    Mm axes(current_axes());
-    set(Mm(current_figure()), "CurrentAxes", axes);
+    figure(list_of({fig}));
+    set(gcf(), "CurrentAxes", gca());
     return ginput(i_o, x, y);
 }
 
-Mm getpts(i_o_t, Mm& x, Mm& y) { return getpts(Mm(current_figure()), i_o, x, y); }
+Mm getpts(i_o_t, Mm& x, Mm& y) { return getpts(gcf(), i_o, x, y); }
 
 AK_BUILTIN("ginput", AK_FN(ginput), AK_FN(ginput, const Mm&), AK_FN(ginput, i_o_t, Mm&, Mm&),
            AK_FN(ginput, const Mm&, i_o_t, Mm&, Mm&), AK_FN(ginput, i_o_t, Mm&, Mm&, Mm&),

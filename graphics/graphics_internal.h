@@ -2,6 +2,9 @@
 // the small comparisons that property lists need.
 #pragma once
 
+#include <initializer_list>
+#include <string>
+
 #include "arklib/graphics.h"
 #include "graphics/engine_table.h"
 
@@ -26,9 +29,36 @@ bool values_equal(const Mm& a, const Mm& b);  // element by element, shapes equa
 // The first four characters of name equal those of word, without case.
 bool starts_like(const char* name, const char* word);
 
-// The current figure and axes as the engine knows them (made when missing, for the axes).
+// The current figure as the engine knows it (negative: none), and the current axes (gca).
 double current_figure();
 double current_axes();
+
+// ---- argument lists of the creation functions -------------------------------------------------------
+// A cell stays as it is; any other value is a list of one.
+Mm as_list(const Mm& a);
+// A 1 x n cell of the values given.
+Mm list_of(std::initializer_list<Mm> items);
+// The items from zero-based position `from` on, as a cell (empty past the end).
+Mm list_tail(const Mm& list, int from);
+// The first element of a numeric value as a double; def when there is none.
+double number_of(const Mm& m, double def = 0.0);
+// A real row of the numbers given.
+Mm row_of(std::initializer_list<double> v);
+// The text of a string value (its elements in column order).
+std::string text_of(const Mm& m);
+
+// The form of the table of functions by name for a function of one list: the inputs of the call
+// become the list (a single cell input is taken as the list itself).
+template <Mm (*F)(const Mm&)>
+void list_form(int nin, const Mm* in, int, Mm* out) {
+    if (nin == 1 && in[0].flags.type == ak_mm && !in[0].fields) {
+        out[0] = F(in[0]);
+        return;
+    }
+    Mm list = new_cell(1, nin);
+    for (int k = 0; k < nin; ++k) static_cast<Mm*>(list.pr)[k] = in[k];
+    out[0] = F(list);
+}
 
 }  // namespace ak_internal
 

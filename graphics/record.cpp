@@ -5,6 +5,7 @@
 #include <strings.h>
 
 #include "arklib/cells.h"
+#include "arklib/figures.h"
 #include "arklib/sparse.h"
 #include "graphics/graphics_internal.h"
 
@@ -87,11 +88,48 @@ bool starts_like(const char* name, const char* word) { return strncasecmp(name, 
 
 double current_figure() { return ak_engine.qor_current_figure(); }
 
-double current_axes() {
-    if (current_figure() < 0) return ak_engine.qor_new_object("axes", -1);
-    Mm a = get(Mm(current_figure()), "CurrentAxes");
-    if (a.size() > 0) return a.r(1);
-    return ak_engine.qor_new_object("axes", -1);
+double current_axes() { return number_of(gca(), -1); }
+
+Mm as_list(const Mm& a) {
+    if (a.flags.type == ak_mm && !a.fields) return a;
+    return list_of({a});
+}
+
+Mm list_of(std::initializer_list<Mm> items) {
+    Mm out = new_cell(1, static_cast<int>(items.size()));
+    int k = 0;
+    for (const Mm& m : items) static_cast<Mm*>(out.pr)[k++] = m;
+    return out;
+}
+
+Mm list_tail(const Mm& list, int from) {
+    int n = list.size();
+    if (from < 0) from = 0;
+    Mm out = new_cell(1, n > from ? n - from : 0);
+    for (int k = from; k < n; ++k) static_cast<Mm*>(out.pr)[k - from] = cell_at(list, k);
+    return out;
+}
+
+double number_of(const Mm& m, double def) {
+    if (m.flags.sparse || m.size() < 1 || !m.pr) return def;
+    if (m.flags.type == ak_uchar) return static_cast<const unsigned char*>(m.pr)[0];
+    if (m.flags.type != ak_double) return def;
+    return static_cast<const double*>(m.pr)[0];
+}
+
+Mm row_of(std::initializer_list<double> v) {
+    Mm out(0, 0, 0, 1, static_cast<int>(v.size()), ak_double);
+    int k = 0;
+    for (double x : v) out.addr()[k++] = x;
+    return out;
+}
+
+std::string text_of(const Mm& m) {
+    std::string s;
+    if (m.flags.type != ak_double || !m.pr) return s;
+    int n = m.size();
+    for (int k = 0; k < n; ++k) s += static_cast<char>(static_cast<const double*>(m.pr)[k]);
+    return s;
 }
 
 }  // namespace ak_internal

@@ -42,6 +42,8 @@
 #include "arklib/wav.h"
 #include "arklib/linalg.h"
 #include "arklib/graphics.h"
+#include "arklib/figures.h"
+#include "arklib/plots.h"
 #include "arklib/factor.h"
 #include "arklib/scope.h"
 #include "arklib/eval.h"

@@ -6,7 +6,8 @@
 //   ... rec.log == {"set 5 LineWidth 1x1 [2]", ...}
 //
 // A logged write reads "set <h> <name> <rows>x<cols>[x<pages>] [<elements>]" with strings shown
-// as 'text'; a read "get <h> <name>".
+// as 'text'; a read "get <h> <name>"; points "line_data <h> <n> <strides> [x] [y] [z]" ("[-]" for
+// a null pointer).
 #pragma once
 #include <cstdio>
 #include <map>
@@ -41,6 +42,18 @@ class RecordingEngine {
             return current()->figure;
         };
         t.qor_refresh = [] { current()->add("refresh"); };
+        t.qor_line_data = [](double h, int n, double* x, int xs, double* y, int ys, double* z, int zs) {
+            std::string s = "line_data " + num(h) + " " + num(n) + " " + num(xs) + num(ys) + num(zs);
+            for (double* p : {x, y, z}) {
+                s += " [";
+                for (int k = 0; p && k < n; ++k) s += (k ? " " : "") + num(p[k]);
+                s += p ? "]" : "-]";
+            }
+            current()->add(s);
+        };
+        t.qor_mesh_axes = [](double h) { current()->add("mesh_axes " + num(h)); };
+        t.qor_surface_axes = [](double h) { current()->add("surface_axes " + num(h)); };
+        t.qor_embed_mode = [](int on) { current()->add("embed_mode " + num(on)); };
         t.qor_console_mode = [](int m) { current()->add("console_mode " + num(m)); };
         t.qor_wait_handle = [](double h) { current()->add("wait_handle " + num(h)); };
         t.qor_wait_button = [](int mode) {

@@ -243,7 +243,7 @@ void compare_with_reference(const Mm& img, const char* name) {
 TEST_F(Picture, ReferenceImages) {
     // A plot with its frame, ticks, grid, labels, title and legend.
     set(fig, "Position", row({0, 0, 320, 240}));
-    set(ax, Mm((CL("Position"), row({0.13, 0.11, 0.775, 0.815}), "Visible", "on", "XLimMode", "auto", "YLimMode",
+    set(ax, Mm((CL("Position"), row({0, 0, 1, 1}), "Visible", "on", "XLimMode", "auto", "YLimMode",
                 "auto", "XGrid", "on", "YGrid", "on")));
     Mm x(0, 0, 0, 1, 21, ak_double), y(0, 0, 0, 1, 21, ak_double), y2(0, 0, 0, 1, 21, ak_double);
     for (int k = 0; k < 21; ++k) {
