@@ -275,6 +275,9 @@ bool special_set(Object& o, const char* name, const Value& v, bool& ok) {
         if (w == 2 || w == 2.5) o.props["View"] = Value::row({0, 90});
         else if (w == 3) o.props["View"] = Value::row({-37.5, 30});
         else if (w != 3.5) ok = complain(o, "View", "[azimuth elevation] or one of 2, 2.5, 3, 3.5");
+    } else if (o.kind == Kind::patch && same_word(name, "Color")) {
+        // A patch's colour is the colour of its face.
+        ok = set_property(o, "FaceColor", v);
     } else if (o.kind == Kind::axes && same_word(name, "Reset")) {
         reset_axes(o);
     } else if (o.kind == Kind::axes && !v.str && v.count() == 1 && find_object(v.d[0]) &&

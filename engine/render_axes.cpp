@@ -218,7 +218,11 @@ std::string label_text(const Object& ax, const char* slot) {
 // A visible axes' Position is the room it has: the plot box is what is left inside it once the
 // tick labels, axis labels and title have their place, so that nothing is cut off at the edge of
 // the figure or runs into a neighbouring axes.
-void leave_room_for_labels(const Painter& p, Projection& pr, const Object& ax) {
+struct Room {
+    double left, right, bottom, top;
+};
+
+Room room_for_labels(const Painter& p, const Projection& pr, const Object& ax) {
     double fs = ax.number("FontSize", 10) * p.px_per_pt;
     double line = fs * 1.3;
     bool has_title = !label_text(ax, "Title").empty();
@@ -239,6 +243,25 @@ void leave_room_for_labels(const Painter& p, Projection& pr, const Object& ax) {
         bottom = x_top ? fs * 0.8 : x_room;
         top = (x_top ? x_room : fs * 0.8) + (has_title ? line * 1.2 + 6 : 0);
     }
+    return Room{left, right, bottom, top};
+}
+
+void leave_room_for_labels(const Painter& p, Projection& pr, Object& ax) {
+    Room r = room_for_labels(p, pr, ax);
+    // Axes laid over one another in the same place (two y axes) keep the same plot box.
+    if (Object* fig = find_object(ax.parent))
+        for (double h : fig->children) {
+            Object* other = find_object(h);
+            if (!other || other == &ax || other->kind != Kind::axes || !other->on("Visible")) continue;
+            if (other->get("Position").d != ax.get("Position").d || other->word("Units") != ax.word("Units")) continue;
+            update_axes_auto(*other);
+            Projection po;
+            po.setup(*other, 0, 0);
+            Room q = room_for_labels(p, po, *other);
+            r.left = std::max(r.left, q.left), r.right = std::max(r.right, q.right);
+            r.bottom = std::max(r.bottom, q.bottom), r.top = std::max(r.top, q.top);
+        }
+    double left = r.left, right = r.right, bottom = r.bottom, top = r.top;
     // A small axes keeps at least a third of its room for the plot itself.
     double sx = std::min(1.0, pr.bw * 2 / 3 / std::max(left + right, 1e-9));
     double sy = std::min(1.0, pr.bh * 2 / 3 / std::max(top + bottom, 1e-9));
@@ -310,7 +333,9 @@ void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
     if (!pr.is3d) {
         draw_2d_frame(p, pr, ax, false);
         double fs = ax.number("FontSize", 10) * p.px_per_pt;
-        label(p, ax, "Title", pr.bx + pr.bw / 2, pr.by - 6);
+        // Above tick labels at the top, when the x axis is there.
+        double over = same_word(ax.word("XAxisLocation"), "top") ? fs * 1.3 + 6 : 0;
+        label(p, ax, "Title", pr.bx + pr.bw / 2, pr.by - 6 - over);
         label(p, ax, "XLabel", pr.bx + pr.bw / 2, pr.by + pr.bh + 8 + fs * 1.3);
         label(p, ax, "YLabel", pr.bx - 10 - widest_label(p, ax, 1), pr.by + pr.bh / 2);
     } else {

@@ -30,6 +30,10 @@ Stroke stroke_of(const Painter& p, const Object& o, const RGB& color) {
     s.marker = o.word("Marker");
     s.width = o.number("LineWidth", 0.5) * p.px_per_pt;
     s.msize = o.number("MarkerSize", 6) * p.px_per_pt;
+    // A scatter chart gives the marks' area in square points.
+    std::string chart = o.word("ChartType");
+    if (same_word(chart, "scatter") || same_word(chart, "scatter3"))
+        s.msize = std::sqrt(std::max(o.number("MarkerSize", 36), 0.0)) * p.px_per_pt;
     s.color = color;
     s.medge = color;
     const Value& me = o.get("MarkerEdgeColor");

@@ -357,7 +357,11 @@ Mm errorbar(const Mm& given) {
         double py[9] = {bottom, top, NAN, bottom, bottom, NAN, top, top, NAN};
         for (int q = 0; q < 9; ++q) wx.addr()[9 * k + q] = px[q], wy.addr()[9 * k + q] = py[q];
     }
-    Mm whiskers = plot(list_of({wx, wy, s}));
+    // The whiskers take the colour and line of the specification, not its marks.
+    std::string spec = text_of(s), bare;
+    for (char ch : spec)
+        if (!std::strchr(".ox+*sd^v><ph", ch)) bare += ch;
+    Mm whiskers = plot(list_of({wx, wy, TM(bare.empty() ? "-" : bare.c_str())}));
     hold(ak_word(akw_on));
     Mm curve = plot(list_of({x, y, s}));
     hold(ak_word(akw_off));
@@ -372,6 +376,8 @@ Mm plotyy(const Mm& x1, const Mm& y1, const Mm& x2, const Mm& y2, i_o_t, Mm& ax,
     Mm second = axes(list_of({TM("Position"), get(first, "Position"), TM("Color"), ak_word(akw_none)}));
     set(second, "NextPlot", ak_word(akp_Add));
     h2 = plot(list_of({x2, y2}));
+    // The second curve takes the second colour of the cycle, so the two can be told apart.
+    set(h2, ak_word(akp_Color), Mm(-104.0));
     set(second, "YAxisLocation", ak_word(akw_right));
     set(second, "XAxisLocation", ak_word(akw_top));
     ax = vertcat(first, second);
@@ -425,7 +431,8 @@ Mm scatter_points(const char* name, int dm, const Mm& given, bool any_case) {
     Mm color = data.size() > used + 1 ? data[used + 1] : Mm();
     Mm args = dm == 3 ? list_of({x, y, z, TM("o")}) : list_of({x, y, TM("o")});
     Mm h = plot_engine(name, dm, args);
-    if (size.size() > 0) set(h, ak_word(akp_MarkerSize), size);
+    // The size is the marks' area in square points (36 when not given).
+    set(h, ak_word(akp_MarkerSize), size.size() > 0 ? size : Mm(36.0));
     if (color.size() > 0) set(h, ak_word(akp_MarkerColor), parse_color(color));
     if (filled) set(h, ak_word(akp_MarkerFaceColor), ak_word(akw_auto));
     if (!rest.empty()) {
