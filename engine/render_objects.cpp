@@ -86,6 +86,9 @@ void draw_line(const Painter& p, const Projection& pr, const Object& o) {
     std::vector<std::pair<double, double>> pts;
     std::vector<bool> ok;
     std::vector<std::pair<double, double>> marks;
+    bool marked = same_word(chart, "stem") || !(s.marker.empty() || s.marker == "none");
+    pts.reserve(n);
+    ok.reserve(n);
     auto at = [&](double a, double b, double c, double& px, double& py) { return pr.point(a, b, c, px, py); };
     for (size_t k = 0; k < n; ++k) {
         double px = 0, py = 0, zk = k < z.size() ? z[k] : NAN;
@@ -98,7 +101,7 @@ void draw_line(const Painter& p, const Projection& pr, const Object& o) {
         }
         pts.push_back({px, py});
         ok.push_back(good);
-        if (good) marks.push_back({px, py});
+        if (good && marked) marks.push_back({px, py});
     }
     p.set_color(color);
     if (same_word(chart, "bar") || same_word(chart, "bar3")) {

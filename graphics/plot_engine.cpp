@@ -141,44 +141,51 @@ void add_column_lines(const char* name, int& color, const LineLook& look, const 
     if (x.size() == 0 || y.size() == 0) return;
     int nx = x.size(), ny = y.size();
     // The lines, each as (x slice, y slice), and whether y is sliced by rows.
+    // One line's points: pointers into the columns of the data, or into rows copied out.
     struct Piece {
-        std::vector<double> x, y, z;
+        const double *x, *y, *z;
+    };
+    std::vector<std::vector<double>> copies;
+    auto run = [&](const Mm& m, int k, bool by_rows) -> const double* {
+        if (one_line(m)) return m.addr();
+        if (!by_rows) return m.addr() + static_cast<size_t>(k) * m.rows();
+        copies.push_back(slice(m, k, true));
+        return copies.back().data();
+    };
+    // z follows y's columns (or rows); a z with fewer of them leaves the rest in the plane.
+    auto z_for = [&](int k, bool by_rows, int count) -> const double* {
+        if (!zm || z.size() == 0) return nullptr;
+        if (one_line(z)) return z.size() == count ? z.addr() : nullptr;
+        int lines = by_rows ? z.rows() : z.cols();
+        return k < lines ? run(z, k, by_rows) : nullptr;
     };
     std::vector<Piece> pieces;
-    auto z_for = [&](int k, bool by_rows, int count) {
-        if (!zm || z.size() == 0) return std::vector<double>();
-        if (one_line(z) && z.size() == count) return std::vector<double>(z.addr(), z.addr() + count);
-        int lines = by_rows ? z.rows() : z.cols();
-        return k < lines ? slice(z, k, by_rows) : std::vector<double>(count, 0.0);
-    };
+    int count;
     if (one_line(x) && one_line(y) && nx == ny) {
-        Piece p{std::vector<double>(x.addr(), x.addr() + nx), std::vector<double>(y.addr(), y.addr() + ny), {}};
-        p.z = z_for(0, false, nx);
-        pieces.push_back(p);
+        count = nx;
+        pieces.push_back(Piece{x.addr(), y.addr(), z_for(0, false, nx)});
     } else if (one_line(x) && (nx == y.rows() || nx == y.cols())) {
         bool by_rows = nx != y.rows();
         int lines = by_rows ? y.rows() : y.cols();
-        for (int k = 0; k < lines; ++k)
-            pieces.push_back(Piece{std::vector<double>(x.addr(), x.addr() + nx), slice(y, k, by_rows),
-                                   z_for(k, by_rows, nx)});
+        count = nx;
+        copies.reserve(2 * lines);
+        for (int k = 0; k < lines; ++k) pieces.push_back(Piece{x.addr(), run(y, k, by_rows), z_for(k, by_rows, nx)});
     } else if (one_line(y) && (ny == x.rows() || ny == x.cols())) {
         bool by_rows = ny != x.rows();
         int lines = by_rows ? x.rows() : x.cols();
-        for (int k = 0; k < lines; ++k)
-            pieces.push_back(Piece{slice(x, k, by_rows), std::vector<double>(y.addr(), y.addr() + ny),
-                                   z_for(k, false, ny)});
+        count = ny;
+        copies.reserve(2 * lines);
+        for (int k = 0; k < lines; ++k) pieces.push_back(Piece{run(x, k, by_rows), y.addr(), z_for(k, false, ny)});
     } else if (x.rows() == y.rows() && x.cols() == y.cols()) {
-        for (int k = 0; k < x.cols(); ++k)
-            pieces.push_back(Piece{slice(x, k, false), slice(y, k, false), z_for(k, false, x.rows())});
+        count = x.rows();
+        for (int k = 0; k < x.cols(); ++k) pieces.push_back(Piece{run(x, k, false), run(y, k, false), z_for(k, false, count)});
     } else {
         error("plot: matrices are not matched");
         return;
     }
     for (const Piece& p : pieces) {
-        int n = static_cast<int>(p.x.size());
-        const double* zp = p.z.size() == p.x.size() ? p.z.data() : nullptr;
         int c = look.explicit_color ? look.color : color;
-        handles.push_back(add_line_object(name, c, look.marker, look.style, n, p.x.data(), p.y.data(), zp));
+        handles.push_back(add_line_object(name, c, look.marker, look.style, count, p.x, p.y, p.z));
         if (!look.explicit_color) color = next_color(color);
     }
 }
