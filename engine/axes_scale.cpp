@@ -60,6 +60,11 @@ void gather(const Object& o, Extent e[3], Extent& c, bool& image_only) {
             if (same_word(chart, "stem") || same_word(chart, "bar") || same_word(chart, "bar3") ||
                 same_word(chart, "area"))
                 e[1].add(0.0);
+            if ((same_word(chart, "bar") || same_word(chart, "bar3")) && o.is_text_prop("Stacktype", "stacked")) {
+                // Stacked bars reach the sums of the series below them.
+                BarPlace place = bar_place(o);
+                for (size_t k = 0; k < ys.size() && k < place.base.size(); ++k) e[1].add(place.base[k] + ys[k]);
+            }
             if (same_word(chart, "bar") || same_word(chart, "bar3")) {
                 double w = bar_width(x.empty() ? counting(y.count()) : x.d);
                 for (double v : (x.empty() ? counting(y.count()) : x.d)) {

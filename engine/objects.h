@@ -54,6 +54,7 @@ struct Object {
     double number(const char* name, double fallback = 0.0) const;
     std::string word(const char* name) const;  // text of the property, lower case not applied
     bool on(const char* name) const { return same_word(word(name), "on"); }
+    bool is_text_prop(const char* name, const char* w) const { return same_word(word(name), w); }
 };
 
 // On while the program's axes lives in a window of its own (qor_embed_mode).

@@ -60,6 +60,15 @@ struct Painter {
 // A colour property: true with the RGB when the value is a triple.
 bool rgb_of(const Value& v, RGB& out);
 
+// Where the bars of a bar line go among the bar lines of its axes: side by side (index of count),
+// or stacked on the sums of the earlier ones (Stacktype "stacked").
+struct BarPlace {
+    int index = 0, count = 1;
+    bool stacked = false;
+    std::vector<double> base;
+};
+BarPlace bar_place(const Object& o);
+
 // Line charts that are not polylines (barh, area, pie); false for the others.
 bool draw_line_chart(const Painter& p, const Projection& pr, const Object& o, const std::string& chart,
                      const RGB& color, double width);

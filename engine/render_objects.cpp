@@ -71,6 +71,42 @@ void polyline(const Painter& p, const std::vector<std::pair<double, double>>& pt
     cairo_stroke(p.cr);
 }
 
+}  // namespace
+
+BarPlace bar_place(const Object& o) {
+    BarPlace out;
+    const Object* ax = find_object(o.parent);
+    if (!ax) return out;
+    // The bar series of the axes in the order they were made, this one among them.
+    std::vector<const Object*> series;
+    for (auto it = ax->children.rbegin(); it != ax->children.rend(); ++it) {
+        const Object* b = find_object(*it);
+        if (b && b->kind == Kind::line && !b->hidden_child &&
+            (same_word(b->word("ChartType"), "bar") || same_word(b->word("ChartType"), "bar3")) &&
+            b->get("YData").count() == o.get("YData").count())
+            series.push_back(b);
+    }
+    out.count = std::max<int>(1, static_cast<int>(series.size()));
+    out.stacked = o.is_text_prop("Stacktype", "stacked");
+    const std::vector<double>& y = o.get("YData").d;
+    out.base.assign(y.size(), 0.0);
+    for (size_t s = 0; s < series.size(); ++s) {
+        if (series[s] == &o) {
+            out.index = static_cast<int>(s);
+            break;
+        }
+        if (out.stacked) {
+            const std::vector<double>& below = series[s]->get("YData").d;
+            for (size_t k = 0; k < y.size() && k < below.size(); ++k)
+                if (std::isfinite(below[k])) out.base[k] += below[k];
+        }
+    }
+    if (!out.stacked) out.base.assign(y.size(), 0.0);
+    return out;
+}
+
+namespace {
+
 void draw_line(const Painter& p, const Projection& pr, const Object& o) {
     const Value& yv = o.get("YData");
     std::vector<double> x = o.get("XData").empty() ? counting(yv.count()) : o.get("XData").d;
@@ -105,10 +141,13 @@ void draw_line(const Painter& p, const Projection& pr, const Object& o) {
     }
     p.set_color(color);
     if (same_word(chart, "bar") || same_word(chart, "bar3")) {
-        double w = bar_width(x);
+        BarPlace place = bar_place(o);
+        double w = bar_width(x) / (place.stacked ? 1 : place.count);
         for (size_t k = 0; k < n; ++k) {
             double x1, y1, x2, y2;
-            if (!at(x[k] - w / 2, 0, NAN, x1, y1) || !at(x[k] + w / 2, y[k], NAN, x2, y2)) continue;
+            double mid = x[k] + (place.stacked ? 0 : (place.index - (place.count - 1) / 2.0) * w);
+            double base = k < place.base.size() ? place.base[k] : 0;
+            if (!at(mid - w / 2, base, NAN, x1, y1) || !at(mid + w / 2, base + y[k], NAN, x2, y2)) continue;
             cairo_rectangle(p.cr, std::min(x1, x2), std::min(y1, y2), std::fabs(x2 - x1), std::fabs(y2 - y1));
             p.set_color(color);
             cairo_fill_preserve(p.cr);
@@ -445,7 +484,20 @@ void draw_legend(const Painter& p, const Projection& pr, const Object& ax) {
         const Object& o = *series[k];
         double cy = y + 3 + row * (k + 0.5), x1 = x + 6, x2 = x1 + sample;
         RGB c{0, 0, 0};
-        if (o.kind == Kind::line) {
+        std::string chart = o.word("ChartType");
+        bool block = o.kind == Kind::line && (same_word(chart, "bar") || same_word(chart, "barh") ||
+                                              same_word(chart, "bar3") || same_word(chart, "bar3h") ||
+                                              same_word(chart, "area"));
+        if (block) {
+            // Bars and areas are shown by a swatch of their colour.
+            rgb_of(o.get("Color"), c);
+            cairo_rectangle(p.cr, x1 + 4, cy - row * 0.3, sample - 8, row * 0.6);
+            p.set_color(c);
+            cairo_fill_preserve(p.cr);
+            cairo_set_source_rgb(p.cr, 0, 0, 0);
+            cairo_set_line_width(p.cr, 0.5 * p.px_per_pt);
+            cairo_stroke(p.cr);
+        } else if (o.kind == Kind::line) {
             rgb_of(o.get("Color"), c);
             Stroke s = stroke_of(p, o, c);
             if (p.line_style(s.style, s.width)) {

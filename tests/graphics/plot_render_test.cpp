@@ -238,3 +238,24 @@ TEST_F(Rendered, TitleAndLegendTextAppear) {
     EXPECT_GT(img.inked(250, 30, 395, 80), plain_img.inked(250, 30, 395, 80) + 60);
     EXPECT_TRUE(img.near(300, 50, 60, 0, 128, 0));  // the second sample line is green
 }
+
+TEST_F(Rendered, BarsOfAMatrixStandSideBySideOrStacked) {
+    Mm x = row({1, 2}), y = (BR(1.0), 2.0, semi, 1.0, 2.0);
+    auto colour_at = [&](const Image& img, double u, double v, int r, int g, int b) {
+        return img.is(px(u, 0, 3), py(v, 0, 4), r, g, b, 30);
+    };
+    // Two series at each x: each bar 0.4 wide, the first to the left of x, the second to the right.
+    bar((CL(x), y));
+    bare(0, 3, 0, 4);
+    Image img = written("grouped.png");
+    EXPECT_TRUE(colour_at(img, 0.8, 0.5, 0, 0, 255));
+    EXPECT_TRUE(colour_at(img, 1.2, 1.5, 0, 128, 0));
+    EXPECT_TRUE(colour_at(img, 0.8, 1.5, 255, 255, 255));
+    // Stacked: the second series stands on the first, full width.
+    bar((CL(x), y, "stacked"));
+    bare(0, 3, 0, 4);
+    img = written("stacked.png");
+    EXPECT_TRUE(colour_at(img, 1.0, 0.5, 0, 0, 255));
+    EXPECT_TRUE(colour_at(img, 1.0, 2.5, 0, 128, 0));
+    EXPECT_TRUE(colour_at(img, 1.0, 3.5, 255, 255, 255));
+}
