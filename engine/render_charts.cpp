@@ -185,6 +185,8 @@ void draw_contour(const Painter& p, const Projection& pr, const Object& o, bool 
     if (filled) {
         cairo_save(p.cr);
         cairo_set_antialias(p.cr, CAIRO_ANTIALIAS_NONE);
+        cairo_set_line_width(p.cr, 0.75);
+        cairo_set_line_join(p.cr, CAIRO_LINE_JOIN_ROUND);
         std::vector<double> bands;
         bands.push_back(-INFINITY);
         for (double l : levels) bands.push_back(l);
@@ -212,7 +214,10 @@ void draw_contour(const Painter& p, const Projection& pr, const Object& o, bool 
                         // A band takes the colour of its place between the lowest and highest level.
                         double share = levels.size() > 0 ? static_cast<double>(b) / levels.size() : 0.5;
                         p.set_color(p.mapped(p.clim[0] + share * (p.clim[1] - p.clim[0]), false));
-                        cairo_fill(p.cr);
+                        // A hairline of the same colour closes the seams between neighbouring
+                        // pieces, which vector output would otherwise show.
+                        cairo_fill_preserve(p.cr);
+                        cairo_stroke(p.cr);
                     }
                 }
             }
