@@ -8,6 +8,7 @@
 #include "arklib/sparse.h"
 #include "arklib/subscript.h"
 #include "core/assign_route.h"
+#include "core/matrix_internal.h"
 
 namespace ak_internal {
 
@@ -130,6 +131,50 @@ bool grown_dims(const Mr& r, const Mm& x, const index_odometer& o, int& nd, int*
 
 // ---- sparse targets ---------------------------------------------------------------------------------
 
+// x(...) = 0 on a sparse x: the selected stored entries leave the list and the shape becomes d. The
+// cost is in the stored entries and the index sizes, never in a colon's extent, which on a sparse
+// row may be 2^31 - 1.
+void sparse_clear(Mm& x, const Mr& r, const int* extent, int nd, const int* d, const M_types& saved) {
+    const int n = r.n < 1 ? 1 : r.n;
+    bool every[4] = {true, true, true, true};
+    std::vector<int> chosen[4];  // sorted positions each place other than a colon selects
+    for (int k = 0; k < n; ++k) {
+        every[k] = r.n < 1 || is_colon(*r.idx[k]);
+        if (every[k]) continue;
+        int one_place[4] = {1, 1, 1, 1};
+        one_place[k] = extent[k];
+        index_odometer walk;
+        start_walk(walk, one_place);
+        for (int c = 0; c < extent[k]; ++c) {
+            if (next_linear_index(r, x, walk, 1, 0) < 0) return;  // the dry walk reported it
+            chosen[k].push_back(walk.position[k]);
+        }
+        std::sort(chosen[k].begin(), chosen[k].end());
+    }
+    const bool grew = d[0] != x.dims[0] || d[1] != x.dims[1] || d[2] != x.dims[2] || d[3] != x.dims[3];
+    const int complex = x.pi != nullptr;
+    Mm kept(complex, 1, x.nnz, nd, d, ak_double);
+    if (x.nnz && (kept.p < x.nnz + 8 || !kept.index)) return;  // reported by the allocator
+    int count = 0;
+    for (int e = 0; e < x.nnz; ++e) {
+        long long p = x.index[e];
+        bool selected = true;
+        for (int k = 0; k < n && selected; ++k) {
+            // The subscript of place k; the last place stands for all the trailing dimensions.
+            const long long sub = k == n - 1 ? p : p % x.dims[k];
+            if (k < n - 1) p /= x.dims[k];
+            if (!every[k]) selected = std::binary_search(chosen[k].begin(), chosen[k].end(), static_cast<int>(sub));
+        }
+        if (selected) continue;
+        kept.index[count] = grew ? static_cast<int>(moved_position(x.index[e], x.dims, d)) : x.index[e];
+        kept.addr()[count] = x.addr()[e];
+        if (complex) kept.addi()[count] = x.addi()[e];
+        ++count;
+    }
+    kept.nnz = count;
+    install(x, kept, saved);
+}
+
 // x(...) = y on a sparse x (y full, of the same complexity): one stored element is overwritten in
 // place; anything else merges the new entries into the stored list.
 void sparse_write(Mm& x, const Mr& r, const Mm& y, const int* extent, int T, int nd, const int* d,
@@ -155,6 +200,14 @@ void sparse_write(Mm& x, const Mr& r, const Mm& y, const int* extent, int T, int
         }
     }
     if (product(d) > INT_MAX) {
+        error("Out of memory!");
+        return;
+    }
+    if (scalar && yr[0] == 0.0 && (!yi || yi[0] == 0.0)) {
+        sparse_clear(x, r, extent, nd, d, saved);
+        return;
+    }
+    if (static_cast<long long>(x.nnz) + T > max_elements) {  // the merged list could not be stored
         error("Out of memory!");
         return;
     }
@@ -307,10 +360,20 @@ void general_write(Mm& x, const Mr& r, Mm& y) {
     }
     // A dry walk reports non-positive positions (and a single index past the end of a matrix) and
     // finds the largest position of each place.
+    // A colon never leaves the target, so the walk takes only its first position (its extent may be
+    // 2^31 - 1 on a sparse row) and its largest position is known.
     index_odometer walk;
-    start_walk(walk, extent);
-    for (int k = 0; k < total; ++k)
+    int dry_extent[4];
+    long long dry_total = 1;
+    for (int k = 0; k < 4; ++k) {
+        dry_extent[k] = k < n && is_colon(*r.idx[k]) ? 1 : extent[k];
+        dry_total *= dry_extent[k];
+    }
+    start_walk(walk, dry_extent);
+    for (long long k = 0; k < dry_total; ++k)
         if (next_linear_index(r, x, walk, 1, 1) < 0) return;
+    for (int k = 0; k < n && k < 4; ++k)
+        if (is_colon(*r.idx[k])) walk.maxseen[k] = extent[k] - 1;
     int nd, d[4];
     if (!grown_dims(r, x, walk, nd, d)) return;
     if (product(d) > INT_MAX) {

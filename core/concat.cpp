@@ -1,5 +1,6 @@
 // Concatenation: cat, horzcat, vertcat.
 #include <cmath>
+#include <climits>
 #include <cstring>
 #include <vector>
 
@@ -51,8 +52,13 @@ std::vector<int> joined_positions(const Mm& part, int rows, int row_off, int col
 // Joins two sparse matrices: the entries of both, placed in the new shape, merged in position order.
 Mm join_sparse(const Mm& a, const Mm& b, bool horizontal) {
     int complex = a.pi || b.pi;
-    int rows = horizontal ? a.dims[0] : a.dims[0] + b.dims[0];
-    int cols = horizontal ? a.dims[1] + b.dims[1] : a.dims[1];
+    const long long wide_rows = horizontal ? a.dims[0] : 0LL + a.dims[0] + b.dims[0];
+    const long long wide_cols = horizontal ? 0LL + a.dims[1] + b.dims[1] : a.dims[1];
+    if (wide_rows * wide_cols > INT_MAX) {  // positions of the result would not fit an int
+        error("Out of memory!");
+        return x_M;
+    }
+    const int rows = static_cast<int>(wide_rows), cols = static_cast<int>(wide_cols);
     Mm r(complex, 1, a.nnz + b.nnz, rows, cols, ak_double);
     std::vector<int> pa = joined_positions(a, rows, 0, 0);
     std::vector<int> pb = joined_positions(b, rows, horizontal ? 0 : a.dims[0], horizontal ? a.dims[1] : 0);

@@ -21,6 +21,7 @@ Mm sparse_from_values(const Mm& values, const int* positions, int ndims, const i
     Mm r(v.pi != nullptr, 1, v.nnz, ndims, dims, ak_double);
     int n = v.nnz < r.nnz ? v.nnz : r.nnz;
     r.nnz = n;
+    if (n == 0) return r;  // nothing stored: the buffers may be null
     std::memcpy(r.pr, v.pr, sizeof(double) * static_cast<std::size_t>(n));
     if (v.pi) std::memcpy(r.pi, v.pi, sizeof(double) * static_cast<std::size_t>(n));
     std::memcpy(r.index, positions, sizeof(int) * static_cast<std::size_t>(n));

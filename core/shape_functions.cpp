@@ -337,7 +337,7 @@ Mm diag_typed(const Mm& x, int k) {
         const long long L = x.size();
         const long long order = L + (k < 0 ? -static_cast<long long>(k) : k);
         const long long start = k >= 0 ? static_cast<long long>(k) * order : -static_cast<long long>(k);
-        if (order * order > INT_MAX) {
+        if (order > INT_MAX || order * order > INT_MAX) {
             error("Out of memory!");
             return x_M;
         }

@@ -362,4 +362,4 @@ AK_BUILTIN("frewind", AK_FN(frewind, const Mm&));
 AK_BUILTIN("feof", AK_FN(feof, const Mm&));
 AK_BUILTIN("fflush", AK_FN(fflush, const Mm&));
 AK_BUILTIN("ferror", AK_FN(ferror, const Mm&), AK_FN(ferror, const Mm&, const Mm&),
-           AK_FN(ferror, const Mm&, i_o_t, Mm&, Mm&), AK_FN(ferror, const Mm&, const Mm&, i_o_t, Mm&, Mm&));
+           AK_FN_REFS(ferror, const Mm&, i_o_t, Mm&, Mm&), AK_FN_REFS(ferror, const Mm&, const Mm&, i_o_t, Mm&, Mm&));

@@ -317,8 +317,8 @@ Mm fclose(const Mm& x) {
 Mm stderrM() { return Mm(2.0); }
 
 AK_BUILTIN("fopen", AK_FN(fopen, const Mm&), AK_FN(fopen, const Mm&, const Mm&),
-           AK_FN(fopen, const Mm&, const Mm&, const Mm&), AK_FN(fopen, const Mm&, const Mm&, const Mm&, i_o_t, Mm&, Mm&),
-           AK_FN(fopen, const Mm&, const Mm&, i_o_t, Mm&, Mm&), AK_FN(fopen, const Mm&, i_o_t, Mm&, Mm&),
-           AK_FN(fopen, const Mm&, i_o_t, Mm&, Mm&, Mm&));
+           AK_FN(fopen, const Mm&, const Mm&, const Mm&), AK_FN_REFS(fopen, const Mm&, const Mm&, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN_REFS(fopen, const Mm&, const Mm&, i_o_t, Mm&, Mm&), AK_FN_REFS(fopen, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN_REFS(fopen, const Mm&, i_o_t, Mm&, Mm&, Mm&));
 AK_BUILTIN("fclose", AK_FN(fclose, const Mm&));
 AK_BUILTIN("stderr", stderrM);

@@ -9,7 +9,10 @@
 // bytes choose the statements. Otherwise it is a plain program:
 //   statement_fuzz [--seed N] [--count N] [--seconds S]
 // which draws the choices from a seeded generator and stops at the count or the time limit.
+#include <unistd.h>
+
 #include <chrono>
+#include <csignal>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -413,12 +416,21 @@ void set_up() {
 
 double slow_statement = 2.0;
 
+// A statement that has not finished after this many seconds is a hang: say which and stop (0: off).
+unsigned hang_seconds = 0;
+
+void on_hang(int) {
+    std::fprintf(stderr, "statement hangs (over %u s): %s\n", hang_seconds, last_statement.c_str());
+    std::abort();
+}
+
 // Runs statements until the chooser runs dry or `limit` is reached; returns how many ran.
 long long run_statements(chooser& c, std::vector<Mm>& vars, long long limit) {
     long long ran = 0;
     while (ran < limit && !c.exhausted()) {
         const bool throwing = c.coin();
         const auto start = std::chrono::steady_clock::now();
+        if (hang_seconds) alarm(hang_seconds);
         {
             error_mode mode(throwing);
             try {
@@ -427,6 +439,7 @@ long long run_statements(chooser& c, std::vector<Mm>& vars, long long limit) {
                 ++errors_seen;
             }
         }
+        if (hang_seconds) alarm(0);
         ++ran;
         // A statement on values this small has no reason to be slow: the time goes on a size it
         // should have refused.
@@ -473,6 +486,8 @@ int main(int argc, char** argv) {
         else if (!std::strcmp(argv[k], "--seconds")) seconds = std::atof(argv[k + 1]);
     }
     set_up();
+    hang_seconds = 60;
+    std::signal(SIGALRM, on_hang);
     std::mt19937_64 rng(seed);
     chooser c;
     c.rng = &rng;

@@ -56,6 +56,15 @@ TEST(BuiltinRows, FamiliesByNameWithSeveralOutputs) {
     EXPECT_EQ(scalar(call("and", {Mm(1.0), Mm(0.0)}, 1)[0]), 0.0);
     EXPECT_EQ(call("zeros", {Mm(2.0)}, 1)[0].size(), 4);
     EXPECT_EQ(text_of(call("computer", {}, 1)[0]), "GLNXA64");
+    // Files: [fid, msg] = fopen(...) and [msg, errnum] = ferror(fid) fill every output by name.
+    std::vector<Mm> op = call("fopen", {TM("/nonexistent/dir/file"), TM("r")}, 2);
+    EXPECT_EQ(scalar(op[0]), -1.0);
+    EXPECT_FALSE(text_of(op[1]).empty());
+    std::vector<Mm> info = call("fopen", {Mm(1.0)}, 3);  // name, mode, machine format of stdout
+    EXPECT_EQ(text_of(info[0]), "\"stdout\"");
+    std::vector<Mm> fe = call("ferror", {Mm(1.0)}, 2);
+    EXPECT_EQ(text_of(fe[0]), "");
+    EXPECT_EQ(scalar(fe[1]), 0.0);
 
     // Families register under their source file; every family of the library has rows.
     std::vector<ak_function_info_t> rows(ak_function_list(nullptr, 0));
