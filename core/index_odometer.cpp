@@ -63,6 +63,7 @@ int index_extents(const Mr& r, const Mm& base, int extent[4], int report) {
         total *= e;
         if (total > INT_MAX) {
             error("Out of memory!");
+            for (int j = 0; j < 4; ++j) extent[j] = 0;  // a caller that goes on selects nothing
             return 0;
         }
     }

@@ -50,7 +50,7 @@ struct index_odometer {
 // Fills extent[] with the count of each place of r over base (a colon the extent of the base, a
 // logical index its trues, any other index its size) and returns their product T. A sparse index
 // with stored zero positions is reported (when report is set) and counted by its stored entries.
-// A product beyond the int range reports "Out of memory!" and gives 0.
+// A product beyond the int range reports "Out of memory!" and gives 0 with every extent 0.
 int index_extents(const Mr& r, const Mm& base, int extent[4], int report);
 
 // Sets the counters so that the first call of next_linear_index wraps every place to its start.

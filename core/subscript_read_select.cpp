@@ -379,7 +379,13 @@ bool read_general(const Mr& r, const Mm& b, int report, Mm& out) {
     if (b.flags.sparse && nd > 2) {
         // A sparse result has two dimensions: x(1,1,[]) is 1x0, the later places folded into the
         // second.
-        for (int k = 2; k < 4; ++k) dims[1] *= dims[k];
+        long long folded = dims[1];
+        for (int k = 2; k < 4; ++k) folded = std::min<long long>(folded * dims[k], INT_MAX + 1LL);
+        if (folded > INT_MAX) {  // only an empty selection gets here: x([], :, 1:2) of a wide row
+            error("Out of memory!");
+            return false;
+        }
+        dims[1] = static_cast<int>(folded);
         dims[2] = dims[3] = 1;
         nd = 2;
     }

@@ -276,3 +276,22 @@ TEST(HostileIndex, VeryWideSparseMatricesCostTheirEntries) {
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     EXPECT_LT(seconds, 2.0);
 }
+
+namespace {
+
+// Reads whose selection would pass the int range report it; where the error handler returns, the
+// program goes on with an empty, well-formed value.
+TEST(HostileIndex, SelectionsPastTheIntRangeGiveNothing) {
+    ak_test::Recorder rec(ak_test::Recorder::kErrors);
+    Mm tall = sparse(Mm(2147483647.0), Mm(1.0));
+    tall(1.0) = 98.0;
+    Mm a = tall(c_p, Mm(1.0), Mm(1.0), row({1, 1}));
+    EXPECT_EQ(0, a.size());
+    EXPECT_EQ(0, a.nnz);
+    Mm wide = sparse(Mm(1.0), Mm(2147483647.0));
+    Mm e = wide(Mm(0, 0, 0, 0, 0, ak_double), c_p, row({1, 1}));
+    EXPECT_EQ(0, e.size());
+    EXPECT_EQ(rec.errors, std::vector<std::string>(2, "Out of memory!"));
+}
+
+}  // namespace
