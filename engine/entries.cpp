@@ -259,22 +259,5 @@ AE_EXPORT void arkengine_qor_exit(int) {
     for (double f : figs) delete_object(f);
 }
 
-AE_EXPORT int arkengine_qor_msgbox(const char*, const char*, const char*) { return 0; }
-AE_EXPORT int arkengine_qor_questdlg(const char*, const char*, const char*, const char*, const char*, const char*) {
-    return 0;
-}
-AE_EXPORT int arkengine_qor_inputdlg(const char*, const char*, int, const char*, int, char* answer_text, int size) {
-    if (answer_text && size > 0) answer_text[0] = '\0';
-    return 0;
-}
-AE_EXPORT int arkengine_qor_menu(char**, int) { return 0; }
-AE_EXPORT void arkengine_qor_getfile(const char*, const char*, char* file, int file_size, char* path, int path_size) {
-    if (file && file_size > 0) file[0] = '\0';
-    if (path && path_size > 0) path[0] = '\0';
-}
-AE_EXPORT void arkengine_qor_putfile(const char* f, const char* t, char* file, int fs, char* path, int ps) {
-    arkengine_qor_getfile(f, t, file, fs, path, ps);
-}
-AE_EXPORT int arkengine_qor_pick_color(int, int) { return -1; }
 AE_EXPORT void arkengine_qor_uiwait() {}
 AE_EXPORT void arkengine_qor_uiresume() {}
