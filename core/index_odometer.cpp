@@ -183,6 +183,7 @@ int next_linear_index(const Mr& r, const Mm& base, index_odometer& o, int growin
         }
         if (growing && pos > o.maxseen[k]) o.maxseen[k] = pos;
         li = (k == n - 1 ? 0 : static_cast<long long>(base.dims[k]) * li) + pos;
+        if (li > INT_MAX) li = INT_MAX;  // growing walks pass the end; no product may overflow
     }
     return li > INT_MAX ? INT_MAX : static_cast<int>(li);
 }

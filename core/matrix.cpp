@@ -306,7 +306,15 @@ int Mm::vectordim() const {
 }
 
 void Mm::collapse() {
-    while (ndims > 2 && dims[ndims - 1] <= 1) --ndims;
+    // Trailing sizes of 1 go; a trailing 0 only where the sizes before it show the emptiness too, so
+    // that 1x1x0 stays as it is.
+    while (ndims > 2) {
+        const int last = dims[ndims - 1];
+        long long before = 1;
+        for (int k = 0; k < ndims - 1; ++k) before *= dims[k];
+        if (last != 1 && !(last == 0 && before == 0)) break;
+        --ndims;
+    }
 }
 
 void Mm::reshape(int r, int c) {

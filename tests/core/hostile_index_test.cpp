@@ -294,4 +294,29 @@ TEST(HostileIndex, SelectionsPastTheIntRangeGiveNothing) {
     EXPECT_EQ(rec.errors, std::vector<std::string>(2, "Out of memory!"));
 }
 
+// Deleting every element of a sparse array of three dimensions leaves its shape well formed (the
+// empty last dimension is kept), and deletion places far past the end of a wide sparse matrix
+// delete nothing.
+TEST(HostileIndex, DeletionKeepsSparseShapesWellFormed) {
+    ak_test::ErrorsThrow guard;
+    Mm e = sparse(Mm(1.0), Mm(1.0));
+    e(1.0, 1.0, 2.0) = 3.0;
+    e(1.0) = 3.0;
+    e(row({1, 2})) = nop_M;
+    EXPECT_EQ(D({3, 1, 1, 0, 1}), dims(e));
+    Mm wide = sparse(Mm(2.0), Mm(1e9));
+    wide(2.0, 7.0) = 1.0;
+    wide(Mm(3e9), c_p) = nop_M;
+    EXPECT_EQ(P({13}), positions(wide));
+    // Where the error handler returns, the first non-colon place stays in force and the walk goes
+    // on over places past the end, whose linear positions must not overflow.
+    ak_test::Recorder rec(ak_test::Recorder::kErrors);
+    Mm tall = sparse(Mm(2147483647.0), Mm(1.0));
+    tall(Mm(1.0), Mm(3e9), Mm(3e9)) = nop_M;
+    ASSERT_FALSE(rec.errors.empty());
+    EXPECT_EQ(rec.errors[0],
+              "While assigning empty matrix to the matrix '(temporary)', there was more than one non-colon index");
+    EXPECT_EQ(D({2, 2147483646, 1, 1, 1}), dims(tall));
+}
+
 }  // namespace
