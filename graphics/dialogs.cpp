@@ -17,7 +17,6 @@
 
 using namespace ak_internal;
 using ak_strings::codes_of;
-using ak_strings::text_of;
 
 namespace {
 
