@@ -11,6 +11,7 @@
 #include "arklib/colormaps.h"
 #include "arklib/figures.h"
 #include "arklib/plots.h"
+#include "graphics/engine_table.h"
 #include "test_support.h"
 
 using ak_test::row;
@@ -87,6 +88,11 @@ Mm samples(double a, double b, int n) {
     Mm out(0, 0, 0, 1, n, ak_double);
     for (int k = 0; k < n; ++k) out.addr()[k] = a + (b - a) * k / (n - 1);
     return out;
+}
+
+bool text_is_word(const Mm& m, const char* w) {
+    char b[64];
+    return m.flags.str && std::strcmp(Mstr(m, b, sizeof b), w) == 0;
 }
 
 // The pixel of data point (x, y) in a bare figure with limits [x0 x1] x [y0 y1].
@@ -258,4 +264,45 @@ TEST_F(Rendered, BarsOfAMatrixStandSideBySideOrStacked) {
     EXPECT_TRUE(colour_at(img, 1.0, 0.5, 0, 0, 255));
     EXPECT_TRUE(colour_at(img, 1.0, 2.5, 0, 128, 0));
     EXPECT_TRUE(colour_at(img, 1.0, 3.5, 255, 255, 255));
+}
+
+TEST_F(Rendered, FiguresAndAxesAreManagedInTheEngine) {
+    figure_close(TM("all"));
+    EXPECT_LT(ak_engine.qor_current_figure(), 0);
+    // gca with no figure makes both; figure(5) twice is the same figure, brought forward.
+    Mm a = gca();
+    EXPECT_TRUE(text_is_word(get(a, "Type"), "axes"));
+    Mm f5 = figure(Mm(5.0));
+    EXPECT_EQ(f5.r(), 5.0);
+    figure(Mm(1.0));
+    EXPECT_EQ(figure(Mm(5.0)).r(), 5.0);
+    EXPECT_EQ(gcf().r(), 5.0);
+    // subplot(221) again selects the axes it made; a different layout removes it.
+    subplot(Mm(221.0));
+    Mm s1 = gca();
+    subplot(Mm(221.0));
+    EXPECT_EQ(gca().r(), s1.r());
+    EXPECT_EQ(get(gcf(), "Children").size(), 1);
+    subplot(Mm(1.0), Mm(1.0), Mm(1.0));
+    EXPECT_EQ(ishandle(s1).r(), 0.0);
+    EXPECT_EQ(get(gcf(), "Children").size(), 1);
+    // hold keeps the lines of an earlier plot; without it a new plot replaces them.
+    plot(row({1, 2}));
+    hold(TM("on"));
+    plot(row({2, 1}));
+    EXPECT_EQ(get(gca(), "Children").size(), 2);
+    hold(TM("off"));
+    plot(row({1, 3}));
+    EXPECT_EQ(get(gca(), "Children").size(), 1);
+    // Labels are the axes' own text objects, not among its children.
+    Mm t = xlabel(TM("time"));
+    EXPECT_EQ(get(gca(), "XLabel").r(), t.r());
+    EXPECT_TRUE(text_is_word(get(t, "String"), "time"));
+    EXPECT_EQ(get(gca(), "Children").size(), 1);
+    // close(5) closes that figure and leaves figure 1 current.
+    figure_close(Mm(5.0));
+    EXPECT_EQ(ishandle(Mm(5.0)).r(), 0.0);
+    EXPECT_EQ(gcf().r(), 1.0);
+    figure_close(TM("all"));
+    EXPECT_LT(ak_engine.qor_current_figure(), 0);
 }
