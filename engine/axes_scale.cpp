@@ -156,11 +156,23 @@ void update_axes_auto(Object& ax) {
     Extent e[3], c;
     bool image_only = true;
     bool any = false;
+    bool all_polar = true;
     for (double h : ax.children) {
         Object* o = find_object(h);
         if (!o || o->hidden_child || o->kind == Kind::text) continue;
         gather(*o, e, c, image_only);
+        all_polar = all_polar && o->kind == Kind::line && same_word(o->word("ChartType"), "polar");
         any = true;
+    }
+    // Polar curves are shown about the origin on equal axes.
+    if (any && all_polar && e[0].valid() && e[1].valid()) {
+        double reach = std::max(std::max(std::fabs(e[0].lo), std::fabs(e[0].hi)),
+                                std::max(std::fabs(e[1].lo), std::fabs(e[1].hi)));
+        if (reach > 0) {
+            double step = nice_step(reach, 4);
+            reach = std::ceil(reach / step - 1e-9) * step;
+            for (int k = 0; k < 2; ++k) e[k].lo = -reach, e[k].hi = reach;
+        }
     }
     static const char* lim[3] = {"XLim", "YLim", "ZLim"};
     static const char* limmode[3] = {"XLimMode", "YLimMode", "ZLimMode"};

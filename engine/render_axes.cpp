@@ -292,6 +292,58 @@ bool pies_only(const Object& ax) {
     return any;
 }
 
+// True when everything the axes shows is a polar curve.
+bool polar_only(const Object& ax) {
+    bool any = false;
+    for (double h : ax.children) {
+        const Object* o = find_object(h);
+        if (!o || o->hidden_child) continue;
+        if (o->kind != Kind::line || !same_word(o->word("ChartType"), "polar")) return false;
+        any = true;
+    }
+    return any;
+}
+
+// The grid of a polar axes: circles at round radii with their values, and spokes every 30
+// degrees with their angles, about the origin.
+void draw_polar_grid(const Painter& p, const Projection& pr, const Object& ax) {
+    double cx, cy, ex, ey;
+    if (!pr.point(0, 0, NAN, cx, cy)) return;
+    double reach = std::max(std::max(std::fabs(pr.lo[0]), std::fabs(pr.hi[0])),
+                            std::max(std::fabs(pr.lo[1]), std::fabs(pr.hi[1])));
+    std::vector<double> radii = ticks_for(0, reach, false, 4);
+    if (radii.empty() || !pr.point(radii.back(), 0, NAN, ex, ey)) return;
+    double unit = (ex - cx) / radii.back(), fs = ax.number("FontSize", 10);
+    RGB c;
+    rgb_of(ax.get("XColor"), c);
+    double outer = radii.back() * unit;
+    cairo_save(p.cr);
+    cairo_set_line_width(p.cr, ax.number("LineWidth", 0.5) * p.px_per_pt);
+    for (double r : radii) {
+        if (r <= 0) continue;
+        cairo_new_sub_path(p.cr);
+        cairo_arc(p.cr, cx, cy, r * unit, 0, 2 * M_PI);
+        cairo_set_source_rgba(p.cr, c.r, c.g, c.b, r == radii.back() ? 1.0 : 0.3);
+        cairo_stroke(p.cr);
+        char text[32];
+        std::snprintf(text, sizeof text, "%g", r);
+        p.text(text, cx + r * unit * 0.26 + 2, cy - r * unit * 0.97, fs * 0.9, "left", "bottom", 0, c);
+    }
+    for (int d = 0; d < 360; d += 30) {
+        double t = d * M_PI / 180;
+        cairo_move_to(p.cr, cx, cy);
+        cairo_line_to(p.cr, cx + outer * std::cos(t), cy - outer * std::sin(t));
+        cairo_set_source_rgba(p.cr, c.r, c.g, c.b, 0.3);
+        cairo_stroke(p.cr);
+        char text[16];
+        std::snprintf(text, sizeof text, "%d", d);
+        double lx = cx + (outer + 6) * std::cos(t), ly = cy - (outer + 6) * std::sin(t);
+        p.text(text, lx, ly, fs * 0.9, std::cos(t) > 0.3 ? "left" : std::cos(t) < -0.3 ? "right" : "center",
+               std::sin(t) > 0.3 ? "bottom" : std::sin(t) < -0.3 ? "top" : "middle", 0, c);
+    }
+    cairo_restore(p.cr);
+}
+
 }  // namespace
 
 void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
@@ -299,8 +351,12 @@ void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
     Projection pr;
     pr.setup(ax, fig_w, fig_h);
     Painter p = outer;
-    bool pie = pies_only(ax);
+    bool polar = polar_only(ax);
+    bool pie = pies_only(ax) || polar;
     if (ax.on("Visible")) leave_room_for_labels(p, pr, ax);
+    // A polar grid keeps room around its circle for the angles.
+    double ring = polar ? ax.number("FontSize", 10) * p.px_per_pt * 1.8 : 0;
+    pr.bx += ring, pr.by += ring, pr.bw -= 2 * ring, pr.bh -= 2 * ring;
     if (pie || ax.on("square")) make_square(pr);
     const Value& clim = ax.get("CLim");
     p.clim[0] = clim.at(0, 0);
@@ -315,6 +371,7 @@ void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
     }
     if (visible && !pr.is3d) draw_2d_frame(p, pr, ax, true);
     if (visible && pr.is3d) draw_3d_frame(p, pr, ax);
+    if (polar && ax.on("Visible")) draw_polar_grid(p, pr, ax);
     cairo_save(p.cr);
     if (!pr.is3d) {
         cairo_rectangle(p.cr, pr.bx, pr.by, pr.bw, pr.bh);
@@ -326,7 +383,7 @@ void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
             if (!o->hidden_child && o->on("Visible")) draw_object(p, pr, *o);
     cairo_restore(p.cr);
     if (pie && ax.on("Visible")) {
-        label(p, ax, "Title", pr.bx + pr.bw / 2, pr.by - 6);
+        label(p, ax, "Title", pr.bx + pr.bw / 2, pr.by - 6 - ring);
         draw_legend(p, pr, ax);
     }
     if (!visible) return;
