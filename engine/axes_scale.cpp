@@ -57,6 +57,10 @@ void gather(const Object& o, Extent e[3], Extent& c, bool& image_only) {
             e[0].add(xs);
             e[1].add(ys);
             e[2].add(z.d);
+            // Scatter colours given as values take part in the colour limits.
+            const Value& mc = o.get("MarkerColor");
+            if (!mc.str && mc.count() > 1 && mc.count() == y.count() && !(mc.cols() == 3 && mc.rows() == y.count()))
+                c.add(mc.d);
             if (same_word(chart, "stem") || same_word(chart, "bar") || same_word(chart, "bar3") ||
                 same_word(chart, "area"))
                 e[1].add(0.0);

@@ -56,6 +56,31 @@ void markers(const Painter& p, const Stroke& s, const std::vector<std::pair<doub
                                  s.has_face ? &s.mface : nullptr);
 }
 
+// The marks of a scatter chart whose sizes (areas in square points) or colours (values through the
+// colormap, or RGB rows) are given point by point. False when it has neither.
+bool scatter_marks(const Painter& p, const Object& o, const Stroke& s,
+                   const std::vector<std::pair<double, double>>& pts, const std::vector<bool>& ok) {
+    std::string chart = o.word("ChartType");
+    if (!same_word(chart, "scatter") && !same_word(chart, "scatter3")) return false;
+    const Value& sizes = o.get("MarkerSize");
+    const Value& colors = o.get("MarkerColor");
+    size_t n = pts.size();
+    bool each_size = sizes.count() > 1 && static_cast<size_t>(sizes.count()) == n;
+    bool each_value = !colors.str && colors.count() > 1 && static_cast<size_t>(colors.count()) == n;
+    bool each_rgb = !colors.str && colors.cols() == 3 && static_cast<size_t>(colors.rows()) == n && n > 1;
+    if (!each_size && !each_value && !each_rgb) return false;
+    cairo_set_line_width(p.cr, std::max(s.width, 0.5));
+    for (size_t k = 0; k < n; ++k) {
+        if (!ok[k]) continue;
+        double size = each_size ? std::sqrt(std::max(sizes.d[k], 0.0)) * p.px_per_pt : s.msize;
+        RGB c = s.medge;
+        if (each_rgb) c = RGB{colors.d[k], colors.d[n + k], colors.d[2 * n + k]};
+        else if (each_value) c = p.mapped(colors.d[k], false);
+        p.marker(s.marker, pts[k].first, pts[k].second, size, s.has_edge ? &c : nullptr, s.has_face ? &c : nullptr);
+    }
+    return true;
+}
+
 // A polyline through device points; NaN points break it.
 void polyline(const Painter& p, const std::vector<std::pair<double, double>>& pts, const std::vector<bool>& ok) {
     bool pen = false;
@@ -175,7 +200,7 @@ void draw_line(const Painter& p, const Projection& pr, const Object& o) {
         cairo_set_line_join(p.cr, CAIRO_LINE_JOIN_ROUND);
         polyline(p, pts, ok);
     }
-    markers(p, s, marks);
+    if (!scatter_marks(p, o, s, pts, ok)) markers(p, s, marks);
 }
 
 // The colour of a face or edge property: true with the colour, false when it is "none".

@@ -306,3 +306,22 @@ TEST_F(Rendered, FiguresAndAxesAreManagedInTheEngine) {
     figure_close(TM("all"));
     EXPECT_LT(ak_engine.qor_current_figure(), 0);
 }
+
+TEST_F(Rendered, ScatterSizesAndColoursPointByPoint) {
+    Mm map = jet(Mm(64.0));
+    colormap(map);
+    scatter((CL(row({1, 2, 3})), row({1, 2, 3}), row({100, 400, 900}), row({1, 2, 3}), "filled"));
+    bare(0, 4, 0, 4);
+    Image img = written("scatter.png");
+    auto map_row = [&](int k, int x, int y) {
+        const double* m = map.addr();
+        return img.is(x, y, std::lround(255 * m[k]), std::lround(255 * m[64 + k]), std::lround(255 * m[128 + k]), 10);
+    };
+    // The least value takes the first colour of the map, the greatest the last.
+    EXPECT_TRUE(map_row(0, px(1, 0, 4), py(1, 0, 4)));
+    EXPECT_TRUE(map_row(63, px(3, 0, 4), py(3, 0, 4)));
+    // Sizes are areas: the third mark (900 square points, 40 pixels across) reaches 15 pixels out,
+    // the first (100, about 13 across) does not.
+    EXPECT_TRUE(map_row(63, px(3, 0, 4) + 15, py(3, 0, 4)));
+    EXPECT_TRUE(img.is(px(1, 0, 4) + 15, py(1, 0, 4), 255, 255, 255, 10));
+}
