@@ -2,6 +2,7 @@
 // title and legend.
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include "engine/render_internal.h"
 
@@ -15,7 +16,55 @@ std::string tick_text(double v) {
     return buf;
 }
 
-// The labels of the ticks of axis k: manual texts are used in turn, else the numbers.
+// A date number (days from the year 0, fractions of a day for the time) as text in a date
+// format: yyyy, yy, mmm, mm, m (month), dd, ddd, d (day, weekday), HH, MM, SS, PM, QQ (quarter)
+// and YY; other characters stand as they are.
+std::string date_text(double datenum, const std::string& format) {
+    static const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    static const char* weekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    if (!std::isfinite(datenum)) return "";
+    double whole = std::floor(datenum);
+    long seconds = std::lround((datenum - whole) * 86400);
+    long days = static_cast<long>(whole) - 719529;  // days from 1 January 1970
+    if (seconds >= 86400) seconds -= 86400, ++days;
+    // The civil date of a day count, in the proleptic Gregorian calendar.
+    long z = days + 719468, era = (z >= 0 ? z : z - 146096) / 146097;
+    long doe = z - era * 146097, yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+    long doy = doe - (365 * yoe + yoe / 4 - yoe / 100), mp = (5 * doy + 2) / 153;
+    long day = doy - (153 * mp + 2) / 5 + 1, month = mp < 10 ? mp + 3 : mp - 9, year = yoe + era * 400 + (month <= 2);
+    int weekday = static_cast<int>(((days % 7) + 11) % 7);  // 1 January 1970 was a Thursday
+    bool twelve = format.find("PM") != std::string::npos;
+    long hour = seconds / 3600, minute = seconds / 60 % 60, second = seconds % 60;
+    std::string out;
+    char b[16];
+    for (size_t i = 0; i < format.size();) {
+        auto take = [&](const char* token) {
+            size_t n = std::strlen(token);
+            if (format.compare(i, n, token) != 0) return false;
+            i += n;
+            return true;
+        };
+        if (take("yyyy")) std::snprintf(b, sizeof b, "%04ld", year);
+        else if (take("yy") || take("YY")) std::snprintf(b, sizeof b, "%02ld", ((year % 100) + 100) % 100);
+        else if (take("mmm")) std::snprintf(b, sizeof b, "%s", months[month - 1]);
+        else if (take("mm")) std::snprintf(b, sizeof b, "%02ld", month);
+        else if (take("m")) std::snprintf(b, sizeof b, "%c", months[month - 1][0]);
+        else if (take("ddd")) std::snprintf(b, sizeof b, "%s", weekdays[weekday]);
+        else if (take("dd")) std::snprintf(b, sizeof b, "%02ld", day);
+        else if (take("d")) std::snprintf(b, sizeof b, "%c", weekdays[weekday][0]);
+        else if (take("HH")) std::snprintf(b, sizeof b, "%02ld", twelve ? (hour % 12 == 0 ? 12 : hour % 12) : hour);
+        else if (take("MM")) std::snprintf(b, sizeof b, "%02ld", minute);
+        else if (take("SS")) std::snprintf(b, sizeof b, "%02ld", second);
+        else if (take("PM")) std::snprintf(b, sizeof b, "%s", hour < 12 ? "AM" : "PM");
+        else if (take("QQ")) std::snprintf(b, sizeof b, "Q%ld", (month - 1) / 3 + 1);
+        else std::snprintf(b, sizeof b, "%c", format[i++]);
+        out += b;
+    }
+    return out;
+}
+
+// The labels of the ticks of axis k: manual texts are used in turn, else the numbers, or the
+// dates when the axis has a date format (datetick writes it as XDate, YDate, ZDate).
 std::vector<std::string> tick_labels(const Object& ax, int k, const std::vector<double>& ticks) {
     static const char* label[3] = {"XTickLabel", "YTickLabel", "ZTickLabel"};
     static const char* mode[3] = {"XTickLabelMode", "YTickLabelMode", "ZTickLabelMode"};
@@ -39,8 +88,12 @@ std::vector<std::string> tick_labels(const Object& ax, int k, const std::vector<
         }
         if (given.empty()) return std::vector<std::string>(ticks.size());
     }
+    static const char* date[3] = {"XDate", "YDate", "ZDate"};
+    const Value* format = ax.find(date[k]);
+    bool dates = given.empty() && format && format->str && !format->empty();
     for (size_t i = 0; i < ticks.size(); ++i)
-        out.push_back(given.empty() ? tick_text(ticks[i]) : given[i % given.size()]);
+        out.push_back(dates ? date_text(ticks[i], format->as_text())
+                            : given.empty() ? tick_text(ticks[i]) : given[i % given.size()]);
     return out;
 }
 
