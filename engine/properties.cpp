@@ -1,7 +1,9 @@
 // Reading and writing properties: defaults, type checks and the properties with side effects.
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <strings.h>
+#include <vector>
 
 #include "engine/objects.h"
 #include "engine/property_table.h"
@@ -10,16 +12,23 @@ namespace ae {
 
 namespace {
 
-// The default colormap: 64 colours from dark blue through cyan, yellow and red to dark red.
+// The default colormap, the same 64 colours as the library's jet: through dark blue, blue, cyan,
+// yellow, red and dark red, one ramp (up, flat, down) laid on the green channel and shifted a
+// quarter of the map each way for red and blue.
 Value default_colormap() {
-    const int n = 64;
+    const int n = 64, q = (n + 3) / 4;
+    std::vector<double> ramp;
+    for (int k = 1; k <= q; ++k) ramp.push_back(static_cast<double>(k) / q);
+    for (int k = 1; k < q; ++k) ramp.push_back(1.0);
+    for (int k = q; k >= 1; --k) ramp.push_back(static_cast<double>(k) / q);
     Value m = Value::matrix(n, 3);
-    for (int i = 0; i < n; ++i) {
-        double t = (i + 0.5) / n * 4.0;  // 0..4
-        double rgb[3] = {std::min(std::max(std::min(t - 1.5, -t + 4.5), 0.0), 1.0),
-                         std::min(std::max(std::min(t - 0.5, -t + 3.5), 0.0), 1.0),
-                         std::min(std::max(std::min(t + 0.5, -t + 2.5), 0.0), 1.0)};
-        for (int c = 0; c < 3; ++c) m.d[c * n + i] = rgb[c];
+    std::fill(m.d.begin(), m.d.end(), 0.0);
+    const int start = (q + 1) / 2 - (n % 4 == 1 ? 1 : 0);
+    for (int k = 0; k < static_cast<int>(ramp.size()); ++k) {
+        const int g = start + k + 1;
+        const int at[3] = {g + q, g, g - q};
+        for (int c = 0; c < 3; ++c)
+            if (at[c] >= 1 && at[c] <= n) m.d[c * n + at[c] - 1] = ramp[k];
     }
     return m;
 }
