@@ -157,22 +157,30 @@ void draw_2d_frame(const Painter& p, const Projection& pr, const Object& ax, boo
             if (ax.on("Box")) line(p, far_side ? x0 : x1, y0, far_side ? x0 : x1, y1);
         }
         std::vector<std::string> labels = tick_labels(ax, k, ticks);
+        // A label that would run into the one before it is left out (its tick stays).
+        double last_end = -1e300, gap = fs * p.px_per_pt * 0.6;
         for (size_t i = 0; i < ticks.size(); ++i) {
             double a = pr.norm(k, ticks[i]);
             if (!(a >= -1e-9 && a <= 1 + 1e-9)) continue;
             double px, py;
             pr.device(k == 0 ? a - 0.5 : -0.5, k == 0 ? -0.5 : a - 0.5, px, py);
             double dir = out ? -1 : 1;
+            double half = k == 0 ? p.text_width(labels[i], fs) / 2 : fs * p.px_per_pt * 0.6;
+            double along = k == 0 ? px : -py;
+            bool room = along - half >= last_end + gap;
+            if (room) last_end = along + half;
             if (k == 0) {
                 double base = far_side ? y0 : y1, sgn = far_side ? 1 : -1;
                 line(p, px, base, px, base + sgn * dir * tl);
                 if (ax.on("Box")) line(p, px, far_side ? y1 : y0, px, (far_side ? y1 : y0) - sgn * dir * tl);
-                p.text(labels[i], px, base - sgn * (4 + (out ? tl : 0)), fs, "center", far_side ? "bottom" : "top", 0, c);
+                if (room)
+                    p.text(labels[i], px, base - sgn * (4 + (out ? tl : 0)), fs, "center", far_side ? "bottom" : "top", 0, c);
             } else {
                 double base = far_side ? x1 : x0, sgn = far_side ? -1 : 1;
                 line(p, base, py, base + sgn * dir * tl, py);
                 if (ax.on("Box")) line(p, far_side ? x0 : x1, py, (far_side ? x0 : x1) - sgn * dir * tl, py);
-                p.text(labels[i], base - sgn * (4 + (out ? tl : 0)), py, fs, far_side ? "left" : "right", "middle", 0, c);
+                if (room)
+                    p.text(labels[i], base - sgn * (4 + (out ? tl : 0)), py, fs, far_side ? "left" : "right", "middle", 0, c);
             }
         }
     }
@@ -332,6 +340,27 @@ void make_square(Projection& pr) {
     pr.bw = pr.bh = side;
 }
 
+// Automatic ticks as many as the plot box has room for: about one per four label widths across,
+// one per three text heights up.
+void fit_ticks_to_room(const Painter& p, const Projection& pr, Object& ax) {
+    static const char* tick[2] = {"XTick", "YTick"};
+    static const char* mode[2] = {"XTickMode", "YTickMode"};
+    static const char* lim[2] = {"XLim", "YLim"};
+    static const char* scale[2] = {"XScale", "YScale"};
+    double text_h = ax.number("FontSize", 10) * p.px_per_pt;
+    for (int k = 0; k < 2; ++k) {
+        if (!same_word(ax.word(mode[k]), "auto")) continue;
+        double per_tick = k == 0 ? 2.5 * std::max(widest_label(p, ax, 0), text_h) : 3 * text_h;
+        double room = k == 0 ? pr.bw : pr.bh;
+        double target = std::min(5.0, std::max(1.5, room / per_tick));
+        if (target >= 5.0) continue;
+        const Value& l = ax.get(lim[k]);
+        bool log = same_word(ax.word(scale[k]), "log");
+        std::vector<double> t = ticks_for(l.at(0), l.at(1, 1), log, target);
+        if (t.size() >= 2) ax.props[tick[k]] = Value::row(t);
+    }
+}
+
 // True when everything the axes shows is a pie, which needs neither frame nor ticks.
 bool pies_only(const Object& ax) {
     bool any = false;
@@ -411,6 +440,7 @@ void draw_axes(const Painter& outer, Object& ax, double fig_w, double fig_h) {
     double ring = polar ? ax.number("FontSize", 10) * p.px_per_pt * 1.8 : 0;
     pr.bx += ring, pr.by += ring, pr.bw -= 2 * ring, pr.bh -= 2 * ring;
     if (pie || ax.on("square")) make_square(pr);
+    if (ax.on("Visible") && !pr.is3d) fit_ticks_to_room(p, pr, ax);
     const Value& clim = ax.get("CLim");
     p.clim[0] = clim.at(0, 0);
     p.clim[1] = clim.at(1, 1);
