@@ -113,7 +113,7 @@ const PropRule figure_props[] = {
 };
 
 const PropRule axes_props[] = {
-    V("Position", 4, "0.13 0.11 0.775 0.815"),
+    V("Position", 4, "0 0 1 1"),  // the room it has: the plot box is inset for its labels
     P("Color", colorword, "none", "1 1 1"),
     P("XColor", color, nullptr, "0.15 0.15 0.15"),
     P("YColor", color, nullptr, "0.15 0.15 0.15"),

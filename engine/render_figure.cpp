@@ -235,7 +235,7 @@ void Projection::setup(const Object& ax, double fig_w, double fig_h) {
     is3d = !(az == 0 && el == 90);
     const Value& pos = ax.get("Position");
     bool pixels = same_word(ax.word("Units"), "pixels");
-    double px = pos.at(0, 0.13), py = pos.at(1, 0.11), pw = pos.at(2, 0.775), ph = pos.at(3, 0.815);
+    double px = pos.at(0, 0), py = pos.at(1, 0), pw = pos.at(2, 1), ph = pos.at(3, 1);
     if (!pixels) px *= fig_w, py *= fig_h, pw *= fig_w, ph *= fig_h;
     bx = px;
     by = fig_h - py - ph;

@@ -325,3 +325,30 @@ TEST_F(Rendered, ScatterSizesAndColoursPointByPoint) {
     EXPECT_TRUE(map_row(63, px(3, 0, 4) + 15, py(3, 0, 4)));
     EXPECT_TRUE(img.is(px(1, 0, 4) + 15, py(1, 0, 4), 255, 255, 255, 10));
 }
+
+TEST_F(Rendered, PrintWritesEachFormat) {
+    plot(row({1, 3, 2}));
+    std::string dir = ::testing::TempDir();
+    auto head = [](const std::string& file, size_t n) {
+        std::string s(n, '\0');
+        FILE* f = std::fopen(file.c_str(), "rb");
+        if (!f) return std::string();
+        s.resize(std::fread(&s[0], 1, n, f));
+        std::fclose(f);
+        std::remove(file.c_str());
+        return s;
+    };
+    // The device word names the format when the file has no extension of its own.
+    print((CL("-dpdf"), (dir + "page").c_str()));
+    EXPECT_EQ(head(dir + "page.pdf", 5), "%PDF-");
+    print((CL("-dsvg"), (dir + "page.svg").c_str()));
+    EXPECT_NE(head(dir + "page.svg", 200).find("<svg"), std::string::npos);
+    // Other picture formats go through the captured image.
+    print((CL("-djpeg"), (dir + "page.jpg").c_str()));
+    EXPECT_EQ(head(dir + "page.jpg", 3), "\xFF\xD8\xFF");
+    // PostScript is not made: a note says how to write a file instead, and nothing is written.
+    ak_test::Recorder out;
+    print((CL("-deps"), (dir + "page.eps").c_str()));
+    EXPECT_NE(out.printed.find("PostScript output is not available"), std::string::npos);
+    EXPECT_EQ(head(dir + "page.eps", 4), "");
+}
