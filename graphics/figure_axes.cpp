@@ -733,7 +733,8 @@ Mm whitebg(const Mm& h, const Mm& c) {
     return x_M;
 }
 
-Mm colormap() { return get(gcf(), "ColorMap"); }
+// The colormap belongs to the figure, or to the axes in a window of its own.
+Mm colormap() { return get(embedded() ? embedded_axes : gcf(), "ColorMap"); }
 
 Mm colormap(const Mm& map) {
     Mm m = map;
@@ -743,7 +744,7 @@ Mm colormap(const Mm& map) {
         if (!ak_call_function(name.c_str(), 0, nullptr, 1, out)) return x_M;
         m = out[0];
     }
-    set(gcf(), "ColorMap", m);
+    set(embedded() ? embedded_axes : gcf(), "ColorMap", m);
     return m;
 }
 

@@ -193,6 +193,10 @@ TEST_F(PlotLog, EmbeddedAxesStandsForFigureAndAxes) {
     EXPECT_TRUE(lines("new Figure").empty());
     EXPECT_TRUE(lines("new Axes").empty());
     EXPECT_EQ(lines("set " + std::to_string(static_cast<int>(a.r())) + " Refresh").size(), 0u);
+    // The colormap is the embedded axes' own.
+    colormap(row({0, 0, 1}));
+    EXPECT_EQ(lines("set " + std::to_string(static_cast<int>(a.r())) + " ColorMap 1x3 [0 0 1]").size(), 1u);
+    EXPECT_TRUE(lines("set 0 ColorMap").empty());
 }
 
 // ---- the plot family -----------------------------------------------------------------------------------------
