@@ -244,8 +244,21 @@ void draw_3d_frame(const Painter& p, const Projection& pr, const Object& ax) {
             else if (k == 1) at(nx, a, 0, lx, ly);
             else at(nx, ny == 1 ? 0 : 1, a, lx, ly);
             if (k == 2) at(nx == 1 ? 0 : 1, ny, a, lx, ly);
-            p.text(labels[i], k == 2 ? lx - 6 : lx, k == 2 ? ly : ly + 6, fs, k == 2 ? "right" : "center",
-                   k == 2 ? "middle" : "top", 0, c);
+            if (k == 2) {
+                p.text(labels[i], lx - 6, ly, fs, "right", "middle", 0, c);
+                continue;
+            }
+            // x and y labels stand off their edge away from the middle of the floor, so that the
+            // two sets do not meet at the corner nearest the viewer.
+            double cx, cy, ex, ey;
+            at(0.5, 0.5, 0, cx, cy);
+            if (k == 0) at(0.5, ny, 0, ex, ey);
+            else at(nx, 0.5, 0, ex, ey);
+            double dx = ex - cx, dy = ey - cy, len = std::hypot(dx, dy);
+            if (len > 0) dx /= len, dy /= len;
+            else dx = 0, dy = 1;
+            p.text(labels[i], lx + 8 * dx, ly + 8 * dy, fs, dx > 0.35 ? "left" : dx < -0.35 ? "right" : "center",
+                   dy > 0.35 ? "top" : dy < -0.35 ? "bottom" : "middle", 0, c);
         }
     }
     p.set_color(c);
@@ -289,8 +302,10 @@ Room room_for_labels(const Painter& p, const Projection& pr, const Object& ax) {
     bool has_title = !label_text(ax, "Title").empty();
     double left, right, bottom, top;
     if (pr.is3d) {
-        left = widest_label(p, ax, 2) + 14 + (label_text(ax, "ZLabel").empty() ? 0 : line + 4);
-        right = 12;
+        // The x and y labels stand off the floor's edges at the sides too.
+        double side = std::max(widest_label(p, ax, 0), widest_label(p, ax, 1)) + 12;
+        left = std::max(widest_label(p, ax, 2) + 14 + (label_text(ax, "ZLabel").empty() ? 0 : line + 4), side);
+        right = side;
         bottom = line + 8 + (label_text(ax, "XLabel").empty() && label_text(ax, "YLabel").empty() ? 0 : line + 8);
         top = has_title ? line * 1.2 + 10 : 8;
     } else {
