@@ -408,6 +408,19 @@ Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3) {
     return load(4, a);
 }
 
+Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4) {
+    const Mm* a[] = {&file, &w1, &w2, &w3, &w4};
+    return load(5, a);
+}
+Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5) {
+    const Mm* a[] = {&file, &w1, &w2, &w3, &w4, &w5};
+    return load(6, a);
+}
+Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6) {
+    const Mm* a[] = {&file, &w1, &w2, &w3, &w4, &w5, &w6};
+    return load(7, a);
+}
+
 Mm save(int n, const Mm* const* args) {
     if (n < 1) {
         error_input("save", 0);
@@ -445,6 +458,23 @@ Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3) {
 Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4) {
     const Mm* a[] = {&file, &w1, &w2, &w3, &w4};
     return save(5, a);
+}
+
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5) {
+    const Mm* a[] = {&file, &w1, &w2, &w3, &w4, &w5};
+    return save(6, a);
+}
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6) {
+    const Mm* a[] = {&file, &w1, &w2, &w3, &w4, &w5, &w6};
+    return save(7, a);
+}
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6, const Mm& w7) {
+    const Mm* a[] = {&file, &w1, &w2, &w3, &w4, &w5, &w6, &w7};
+    return save(8, a);
+}
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6, const Mm& w7, const Mm& w8) {
+    const Mm* a[] = {&file, &w1, &w2, &w3, &w4, &w5, &w6, &w7, &w8};
+    return save(9, a);
 }
 
 // ---- who and whos of a file ----------------------------------------------------------------------------

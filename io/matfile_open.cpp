@@ -117,8 +117,7 @@ void mat_variable_name(std::FILE* stream, const char* file_name, int kind, char*
             buffer[take] = 0;
     }
     std::fseek(stream, namlen - take, SEEK_CUR);
-    const long long data =
-        static_cast<long long>(h[1]) * h[2] * (h[3] ? 2 : 1) * element;
+    const double data = static_cast<double>(h[1]) * h[2] * (h[3] ? 2 : 1) * element;
     // A record whose data run past the end leaves the stream at the end.
     const long left = stream_left(stream);
     if (data < 0 || data > left)

@@ -64,10 +64,9 @@ int load4_record(const char* file, std::FILE* stream, Mm& var, std::string& name
     }
 
     // The data must fit in what is left of the file before anything is made for them.
-    const long long count = static_cast<long long>(mrows) * ncols;
-    const long long bytes = count * precision_size(p) * (imagf ? 2 : 1);
+    const long long count = mrows < 0 || ncols < 0 ? -1 : static_cast<long long>(mrows) * ncols;
     const long left = stream_left(stream) - (namlen > 0 ? namlen : 0);
-    if (mrows < 0 || ncols < 0 || bytes > left) {
+    if (count < 0 || count > left / precision_size(p) / (imagf ? 2 : 1)) {
         error("load4: could not read real part from file '%s'", file);
         var = x_M;
         return 1;

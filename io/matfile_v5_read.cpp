@@ -295,7 +295,8 @@ bool read_struct(reader& r, Mm& m, int count, bool swap, long element_end) {
         error("load5: could not read field name from '%s'", r.file);
         return false;
     }
-    std::vector<char> name(static_cast<std::size_t>(length) + 1);
+    // The buffer is taken only for names that are there: the length word alone may be anything.
+    std::vector<char> name(nf > 0 ? static_cast<std::size_t>(length) + 1 : 1);
     m.extend_nfields(nf > 8 ? static_cast<int>(nf) : 8);
     for (long long f = 0; f < nf; ++f) {
         if (std::fread(name.data(), 1, length, r.s) != length) {
@@ -414,6 +415,7 @@ int read_element(reader& r, Mm& var, std::string& found_name) {
     for (int d = 0; d < nd; ++d) {
         if (dims[d] < 0) return fail(r, var);
         count *= dims[d];
+        if (count > INT_MAX) count = static_cast<long long>(INT_MAX) + 1;  // too many in any case
     }
     std::vector<int> ir, jc;
     int nnz = 0;

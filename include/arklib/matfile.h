@@ -33,6 +33,9 @@ Mm load(const Mm& file, const Mc& list);
 Mm load(const Mm& file, const Mm& w1);
 Mm load(const Mm& file, const Mm& w1, const Mm& w2);
 Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3);
+Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4);
+Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5);
+Mm load(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6);
 Mm load(int n, const Mm* const* args);  // args[0] is the file name
 // load with an empty list.
 Mm vbload(const Mm& file);
@@ -45,6 +48,10 @@ Mm save(const Mm& file, const Mm& w1);
 Mm save(const Mm& file, const Mm& w1, const Mm& w2);
 Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3);
 Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4);
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5);
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6);
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6, const Mm& w7);
+Mm save(const Mm& file, const Mm& w1, const Mm& w2, const Mm& w3, const Mm& w4, const Mm& w5, const Mm& w6, const Mm& w7, const Mm& w8);
 Mm save(int n, const Mm* const* args);  // args[0] is the file name
 // A level-4 file of the listed variables.
 Mm saveV4(const Mm& file, const Mc& list);
