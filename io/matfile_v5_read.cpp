@@ -321,6 +321,7 @@ bool read_struct(reader& r, Mm& m, int count, bool swap, long element_end) {
 }
 
 // The row and column lists of a sparse element, checked to describe entries inside the matrix.
+// A negative entry count (the last column start) is let through, for its own message.
 bool read_sparse_lists(reader& r, uint32_t nzmax, int rows, int cols, bool swap, std::vector<int>& ir,
                        std::vector<int>& jc) {
     if (nzmax > static_cast<uint32_t>(r.left() / 4) || cols > r.left() / 4) return false;
@@ -328,6 +329,7 @@ bool read_sparse_lists(reader& r, uint32_t nzmax, int rows, int cols, bool swap,
     jc.assign(static_cast<std::size_t>(cols) + 2, 0);
     if (nzmax != 0 && !read_int_block(r, ir, static_cast<int>(nzmax), swap)) return false;
     if (!read_int_block(r, jc, cols + 1, swap)) return false;
+    if (jc[cols] < 0) return true;
     if (jc[0] != 0) return false;
     for (int c = 0; c < cols; ++c)
         if (jc[c + 1] < jc[c]) return false;

@@ -554,6 +554,40 @@ TEST_F(MatFiles, MessagesOfTheReaders) {
     write_bytes("d5.mat", five);
     EXPECT_ERROR(load(mpath("d5.mat")), "load5: Can not read matrix from file '" + path("d5.mat") +
                                             "' which has more then 4 dimensions.");
+
+    // A class the reader does not know: reported, and the reading goes on without data.
+    std::string odd = read_bytes("one.mat");
+    odd[128 + 16] = 20;
+    write_bytes("odd.mat", odd);
+    EXPECT_ERROR(load(mpath("odd.mat")), "load5: '" + path("odd.mat") + "' unrecognized matrix type");
+    {
+        ak_test::Recorder rec(ak_test::Recorder::kErrors | ak_test::Recorder::kWarnings);
+        Mm v = load(mpath("odd.mat"));
+        EXPECT_EQ(v.flags.type, ak_no_type);
+        EXPECT_EQ(rec.errors.size(), 1u);
+    }
+    // A sparse element whose last column start is negative.
+    Mm s(i_o, "s", 0);
+    s = sparse(row({0, 3}));
+    save(mpath("sp.mat"), (BR(s)));
+    std::string sp = read_bytes("sp.mat");
+    const int32_t minus_one = -1;
+    // Header 128, matrix head 48 with the one-letter name, row list 8 (small), then the 3 column starts.
+    sp.replace(128 + 48 + 8 + 8 + 8, 4, reinterpret_cast<const char*>(&minus_one), 4);
+    write_bytes("spn.mat", sp);
+    EXPECT_ERROR(load(mpath("spn.mat")), "load5: '" + path("spn.mat") + "' contained sparse matrix with negative nnz");
+
+    // Level 4: an O digit that is not 0 is only a warning.
+    Mm a4(i_o, "a4", 0);
+    a4 = 2.0;
+    saveV4(mpath("o.mat"), (BR(a4)));
+    std::string o = read_bytes("o.mat");
+    o[0] = 100;  // type 0100
+    write_bytes("o.mat", o);
+    ak_test::Recorder kept;
+    EXPECT_EQ(values(load(mpath("o.mat"))), std::vector<double>{2});
+    ASSERT_EQ(kept.warnings.size(), 1u);
+    EXPECT_NE(kept.warnings[0].find("load4: '" + path("o.mat") + "' O not zero"), std::string::npos);
 }
 
 }  // namespace
