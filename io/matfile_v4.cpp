@@ -138,9 +138,7 @@ void save4_write(std::FILE* stream, const Mm& m) {
         return;
     }
     m.warn_uninit();
-    if (m.flags.type != ak_double) {
-        if (m.flags.type == ak_no_type) return;
-    }
+    if (m.flags.type == ak_no_type) return;
     Mm c = m.flags.type == ak_uchar ? mdouble(m) : Mm(m);
     c.getreal(0);
     if (c.flags.sparse) c = sp2coo(c);

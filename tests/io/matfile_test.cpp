@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "io/io_test_support.h"
+#include "io/matfile_internal.h"
 
 namespace {
 
@@ -409,6 +410,36 @@ TEST_F(MatFiles, WordFormsUseTheScopeTable) {
     EXPECT_EQ(ak_test::text(names.mr(1)), "alpha");
     Mm ws = whos(mpath("w.mat"));
     EXPECT_EQ(ws.size(), 2);
+}
+
+TEST_F(MatFiles, VariableNamesWithoutTheirData) {
+    ak_test::ErrorsThrow guard;
+    Mm first(i_o, "first", 0), second(i_o, "second", 0);
+    first = row({1, 2, 3});
+    second = TM("x");
+    saveV4(mpath("n4.mat"), (BR(first), second));
+    save(mpath("n5.mat"), (BR(first), second));
+    write_bytes("table.dat", "1 2\n");
+    for (const char* file : {"n4.mat", "n5.mat", "table.dat"}) {
+        int kind = -1;
+        std::FILE* f = ak_internal::mat_open(nullptr, path(file).c_str(), &kind);
+        ASSERT_NE(f, nullptr) << file;
+        std::vector<std::string> names;
+        char buffer[64] = "";
+        for (int k = 0; k < 4; ++k) {
+            ak_internal::mat_variable_name(f, path(file).c_str(), kind, buffer, sizeof buffer);
+            if (!buffer[0]) break;
+            names.push_back(buffer);
+        }
+        std::fclose(f);
+        if (kind == ak_internal::mat_kind_text)
+            EXPECT_EQ(names, std::vector<std::string>{"table"});
+        else
+            EXPECT_EQ(names, (std::vector<std::string>{"first", "second"})) << file;
+    }
+    // The name of a file without a '.' gets ".mat"; with a dot anywhere it stays as it is.
+    EXPECT_EQ(ak_internal::mat_add_extension("run"), "run.mat");
+    EXPECT_EQ(ak_internal::mat_add_extension("dir.d/run"), "dir.d/run");
 }
 
 // ---- files of other programs ------------------------------------------------------------------
