@@ -2,6 +2,7 @@
 // find and make variables through the scope table, and appending to a level-5 file.
 #include <fnmatch.h>
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -159,6 +160,20 @@ bool gather(const save_words& w, std::vector<std::pair<std::string, Mm>>& out) {
 
 // ---- level-5 append ------------------------------------------------------------------------------------
 
+// A compressed element of another writer may end off the 8-byte grid, which would put the element
+// after it off the grid too: zero bytes, which inflating ignores, are added and counted in it.
+void align_compressed(std::vector<char>& element) {
+    if (element.size() < 8 || element.size() % 8 == 0) return;
+    uint32_t w[2];
+    std::memcpy(w, element.data(), 8);
+    const bool swap = w[0] > 0x10000;
+    if ((swap ? __builtin_bswap32(w[0]) : w[0]) != 15) return;
+    element.resize(element.size() + (8 - element.size() % 8), 0);
+    uint32_t size = static_cast<uint32_t>(element.size() - 8);
+    if (swap) size = __builtin_bswap32(size);
+    std::memcpy(element.data() + 4, &size, 4);
+}
+
 // The elements of an existing level-5 file (after its header) whose names are not in `replaced`,
 // as raw bytes, in order. False when the file is there but is not a level-5 file.
 bool kept_elements(const std::string& path, const std::vector<std::pair<std::string, Mm>>& replaced,
@@ -182,6 +197,7 @@ bool kept_elements(const std::string& path, const std::vector<std::pair<std::str
             std::vector<char> bytes(static_cast<std::size_t>(next - at));
             std::fseek(f, at, SEEK_SET);
             if (std::fread(bytes.data(), 1, bytes.size(), f) != bytes.size()) break;
+            align_compressed(bytes);
             kept.push_back(std::move(bytes));
         }
         at = next;
