@@ -9,7 +9,9 @@
 
 #include "algebra/eig_internal.h"
 #include "algebra/kernels/kernels.h"
+#include "algebra/kernels/lapack.h"
 #include "algebra/linalg_internal.h"
+#include "arklib/arith.h"
 #include "arklib/builtins.h"
 #include "arklib/calling.h"
 #include "arklib/factor.h"
@@ -182,6 +184,44 @@ Mm eig() {
     return x_M;
 }
 
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB, Mm& Q, Mm& Z, Mm& V) {
+    ak_internal::qz_parts p;
+    AA = BB = Q = Z = V = x_M;
+    if (!ak_internal::generalised_schur(a, b, "qz", p)) return x_M;
+    if (p.n == 0) {
+        AA = BB = Q = Z = V = nop_M;
+        return AA;
+    }
+    AA = p.AA;
+    BB = p.BB;
+    Q = p.Q;
+    Z = p.Z;
+    V = ak_internal::qz_vectors(p);
+    return AA;
+}
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB, Mm& Q, Mm& Z) {
+    Mm V;
+    return qz(a, b, i_o, AA, BB, Q, Z, V);
+}
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB, Mm& Q) {
+    Mm Z;
+    return qz(a, b, i_o, AA, BB, Q, Z);
+}
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB) {
+    Mm Q;
+    return qz(a, b, i_o, AA, BB, Q);
+}
+Mm qz(const Mm& a, const Mm& b) {
+    Mm AA, BB;
+    return qz(a, b, i_o, AA, BB);
+}
+Mm qzval(const Mm& a, const Mm& b) { return ak_internal::generalised_eig(a, b, nullptr, "eig(a,b)"); }
+
+AK_BUILTIN("qz", AK_FN(qz, const Mm&, const Mm&), AK_FN_REFS(qz, const Mm&, const Mm&, i_o_t, Mm&, Mm&),
+           AK_FN_REFS(qz, const Mm&, const Mm&, i_o_t, Mm&, Mm&, Mm&),
+           AK_FN_REFS(qz, const Mm&, const Mm&, i_o_t, Mm&, Mm&, Mm&, Mm&),
+           AK_FN_REFS(qz, const Mm&, const Mm&, i_o_t, Mm&, Mm&, Mm&, Mm&, Mm&));
+AK_BUILTIN("qzval", AK_FN(qzval, const Mm&, const Mm&));
 AK_BUILTIN("eig", AK_FN(eig, const Mm&), AK_FN(eig, const Mm&, i_o_t, Mm&), AK_FN(eig, const Mm&, const Mm&),
            AK_FN(eig, const Mm&, const Mm&, i_o_t, Mm&), AK_FN(eig));
 AK_BUILTIN("eig_D", eig_D);
@@ -189,22 +229,86 @@ AK_BUILTIN("eig_W", eig_W);
 
 namespace ak_internal {
 
-// The generalised problem: the argument checks, then a report, since the QZ kernels are not part of
-// the library yet.
-Mm generalised_eig(const Mm& a0, const Mm& b0, Mm* V, const char* name) {
-    if (V) *V = x_M;
+// The generalised problem by QZ: a and b reduced together to the real generalised Schur form
+// Q*a*Z = AA (quasi-triangular) and Q*b*Z = BB (triangular), whose diagonal gives alpha and beta;
+// the vectors come from the pair (AA, BB) carried back by Z. False after a report.
+bool generalised_schur(const Mm& a0, const Mm& b0, const char* name, qz_parts& out) {
     Mm a = full(a0), b = full(b0);
     if (a.pi || b.pi) {
         error("%s: complex arguments not supported.", name);
-        return x_M;
+        return false;
     }
-    if (error_square(a, name)) return x_M;
+    if (error_square(a, name)) return false;
     if (a.rows() != b.rows() || a.cols() != b.cols()) {
         error("%s: matrix a and b must be of same size.", name);
-        return x_M;
+        return false;
     }
-    error("%s: the generalised eigenvalue problem is not implemented", name);
-    return x_M;
+    const int n = a.rows();
+    out.n = n;
+    if (n == 0) return true;
+    out.AA = dense_copy(a, 0);
+    out.BB = dense_copy(b, 0);
+    out.Q = dense_zeros(0, n, n);
+    out.Z = dense_zeros(0, n, n);
+    out.alphar.assign(n, 0.0);
+    out.alphai.assign(n, 0.0);
+    out.beta.assign(n, 0.0);
+    std::vector<int> bwork(n);
+    int sdim = 0, info = 0, lwork = -1;
+    double query = 0;
+    auto run = [&](double* work) {
+        dgges_("V", "V", "N", nullptr, &n, out.AA.addr(), &n, out.BB.addr(), &n, &sdim, out.alphar.data(),
+               out.alphai.data(), out.beta.data(), out.Q.addr(), &n, out.Z.addr(), &n, work, &lwork, bwork.data(),
+               &info, 1, 1, 1);
+    };
+    run(&query);
+    lwork = static_cast<int>(query);
+    std::vector<double> work(static_cast<std::size_t>(lwork > 1 ? lwork : 1));
+    run(work.data());
+    if (info != 0) {
+        error("%s: the QZ iteration did not converge", name);
+        return false;
+    }
+    out.Q = transpose(out.Q);  // the reduction's left factor is Q' in Q*a*Z = AA
+    return true;
+}
+
+Mm qz_vectors(const qz_parts& p) {
+    const int n = p.n;
+    Mm vr = dense_copy(p.Z, 0);
+    std::vector<double> work(6 * static_cast<std::size_t>(n));
+    int m = 0, info = 0;
+    dtgevc_("R", "B", nullptr, &n, p.AA.addr(), &n, p.BB.addr(), &n, nullptr, &n, vr.addr(), &n, &n, &m,
+            work.data(), &info, 1, 1);
+    Mm v = unpack_real_vectors(vr, p.alphai.data());
+    normalise_columns(v);
+    v.getreal(0);
+    return v;
+}
+
+Mm qz_values(const qz_parts& p) {
+    Mm d = dense_zeros(1, p.n, 1);
+    for (int k = 0; k < p.n; ++k) {
+        // alpha / beta as a complex quotient by a real number; beta 0 gives infinities (or NaN).
+        d.addr()[k] = p.alphar[k] / p.beta[k];
+        d.addi()[k] = p.alphai[k] == 0.0 ? 0.0 : p.alphai[k] / p.beta[k];
+    }
+    d.getreal(0);
+    return d;
+}
+
+Mm generalised_eig(const Mm& a, const Mm& b, Mm* V, const char* name) {
+    if (V) *V = x_M;
+    qz_parts p;
+    if (!generalised_schur(a, b, name, p)) return x_M;
+    if (p.n == 0) {
+        if (V) *V = nop_M;
+        return nop_M;
+    }
+    Mm d = qz_values(p);
+    if (!V) return d;
+    *V = qz_vectors(p);
+    return diag(d);
 }
 
 }  // namespace ak_internal

@@ -10,6 +10,15 @@ Mm eig(const Mm& a, i_o_t, Mm& D);
 Mm eig(const Mm& a, const Mm& b);
 Mm eig(const Mm& a, const Mm& b, i_o_t, Mm& D);
 Mm eig();
+// [AA, BB, Q, Z, V] = qz(a, b): the real generalised Schur form Q*a*Z = AA (quasi-triangular),
+// Q*b*Z = BB (triangular), and the right eigenvectors V (a*V = b*V*D, unit columns). The
+// references carry every output (the first is also returned); shorter forms give the first ones.
+Mm qz(const Mm& a, const Mm& b);
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB);
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB, Mm& Q);
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB, Mm& Q, Mm& Z);
+Mm qz(const Mm& a, const Mm& b, i_o_t, Mm& AA, Mm& BB, Mm& Q, Mm& Z, Mm& V);
+Mm qzval(const Mm& a, const Mm& b);  // the same as eig(a, b)
 Mm eig_D(const Mm& a);  // D of [V, D] = eig(a)
 Mm eig_W(const Mm& a);  // V of [V, D] = eig(a)
 

@@ -101,6 +101,56 @@ TEST(Eig, BalancingAndKnownSpectra) {
                  "eig: square matrix expected, but matrix (temporary) has 2 rows and 3 columns");
 }
 
+// a x = lambda b x: known spectra, the residual of the vectors, the factor identities of qz, an
+// infinite eigenvalue from a singular b, and the messages.
+TEST(GeneralisedEig, SpectraVectorsAndQzFactors) {
+    // b * C with C the companion matrix of (x-1)(x-2)(x-3)(x-4): the pair has C's roots.
+    Mm comp = mat(4, 4, {10, -35, 50, -24, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0});
+    Mm b = plus(random_matrix(4, 4, 7), mtimes(Mm(4.0), eye(Mm(4.0))));
+    std::vector<double> roots = sorted_real(real(eig(mtimes(b, comp), b)));
+    for (int k = 0; k < 4; ++k) EXPECT_NEAR(roots[k], k + 1.0, 1e-9);
+    // A rotation against the identity: the conjugate pair +-i.
+    Mm rot = eig(mat(2, 2, {0, 1, -1, 0}), eye(Mm(2.0)));
+    ASSERT_TRUE(rot.pi);
+    EXPECT_NEAR(std::fabs(rot.addi()[0]), 1.0, 1e-14);
+    EXPECT_NEAR(rot.addi()[0] + rot.addi()[1], 0.0, 1e-14);
+    EXPECT_EQ(maxdiff(qzval(mat(2, 2, {0, 1, -1, 0}), eye(Mm(2.0))), rot), 0.0);
+    // Random pairs: a V = b V D with unit columns, complex pairs included.
+    for (int seed = 1; seed <= 4; ++seed) {
+        Mm a = random_matrix(6, 6, 10 + seed), bb = random_matrix(6, 6, 20 + seed);
+        Mm D;
+        Mm V = eig(a, bb, i_o, D);
+        EXPECT_LT(fro(minus(mtimes(a, V), mtimes(bb, mtimes(V, D)))) / (fro(a) * fro(V) * fro(D)), 1e-13) << seed;
+        for (int j = 0; j < 6; ++j) EXPECT_NEAR(fro(V(c_p, Mm(j + 1.0))), 1.0, 1e-12);
+        // qz: Q a Z = AA and Q b Z = BB with Q and Z orthogonal, BB triangular, AA with no element
+        // below its first subdiagonal.
+        Mm AA, BB, Q, Z, W;
+        qz(a, bb, i_o, AA, BB, Q, Z, W);
+        EXPECT_LT(fro(minus(mtimes(Q, mtimes(a, Z)), AA)) / fro(a), 1e-14);
+        EXPECT_LT(fro(minus(mtimes(Q, mtimes(bb, Z)), BB)) / fro(bb), 1e-14);
+        EXPECT_LT(fro(minus(mtimes(Q, transpose(Q)), eye(Mm(6.0)))), 1e-14);
+        EXPECT_LT(fro(minus(mtimes(transpose(Z), Z), eye(Mm(6.0)))), 1e-14);
+        EXPECT_TRUE(la_test::triangular(BB, true));
+        for (int j = 0; j < 6; ++j)
+            for (int i = j + 2; i < 6; ++i) EXPECT_EQ(AA.addr()[j * 6 + i], 0.0);
+        EXPECT_LT(maxdiff(W, V), 1e-12);
+    }
+    // A singular b: one infinite eigenvalue.
+    std::vector<double> inf = sorted_real(eig(eye(Mm(2.0)), mat(2, 2, {1, 0, 0, 0})));
+    EXPECT_NEAR(inf[0], 1.0, 1e-15);
+    EXPECT_TRUE(std::isinf(inf[1]));
+    EXPECT_EQ(eig(Mm(0, 0, 0, 0, 0, ak_double), Mm(0, 0, 0, 0, 0, ak_double)).size(), 0);
+
+    ak_test::ErrorsThrow guard;
+    EXPECT_ERROR(eig(mat(2, 2, {1, 2, 3, 4}, {0, 1, 0, 0}), eye(Mm(2.0))),
+                 "eig(a,b): complex arguments not supported.");
+    EXPECT_ERROR(eig(eye(Mm(2.0)), eye(Mm(3.0))), "eig(a,b): matrix a and b must be of same size.");
+    EXPECT_ERROR(eig(mat(2, 3, {1, 2, 3, 4, 5, 6}), eye(Mm(2.0))),
+                 "eig(a,b): square matrix expected, but matrix (temporary) has 2 rows and 3 columns");
+    Mm AA, BB;
+    EXPECT_ERROR(qz(eye(Mm(2.0)), eye(Mm(3.0)), i_o, AA, BB), "qz: matrix a and b must be of same size.");
+}
+
 TEST(Svd, FactorIdentitiesAndKnownValues) {
     for (bool complex : {false, true})
         for (auto [m, n] : {std::pair{5, 3}, {3, 5}, {4, 4}, {1, 3}, {3, 1}}) {
