@@ -159,12 +159,26 @@ Mm lp_run(const joined_t& J0, double display, Mm& lambda, Mm& how) {
     return column(xv, J.n);
 }
 
-Mm lp_matrices(const Mm& c, const Mm& A, const Mm& b, const Mm& vlb, const Mm& vub, const Mm& neq,
+// A problem the solver cannot start on ends with its code: more equality rows than A has (7), or a
+// starting point x0 whose length is not the number of variables (6). The simplex starts from a vertex
+// of its own, so x0 is otherwise only checked; the point returned is then x0 (or zeros).
+int unusable_problem(const joined_t& J, const Mm& A, const Mm& x0, const Mm& neq) {
+    if (number(neq, 0) > full(A).rows()) return lp_inconsistent_a;
+    if (x0.size() > 0 && x0.size() != J.n) return lp_inconsistent_initial;
+    return 0;
+}
+
+Mm lp_matrices(const Mm& c, const Mm& A, const Mm& b, const Mm& vlb, const Mm& vub, const Mm& x0, const Mm& neq,
                const Mm& display, Mm& lambda, Mm& how) {
     joined_t J;
     lambda = Mm();
     how = TM("");
     if (!load("lp", c, A, b, vlb, vub, neq, J)) return x_M;
+    if (const int code = unusable_problem(J, A, x0, neq)) {
+        report(code, number(display, 0), how);
+        lambda = column(std::vector<double>(J.mrows + J.nlower + J.nupper, 0.0), J.mrows + J.nlower + J.nupper);
+        return x0.size() > 0 ? full(x0) : column(std::vector<double>(J.n, 0.0), J.n);
+    }
     return lp_run(J, number(display, 0), lambda, how);
 }
 
@@ -264,7 +278,7 @@ Mm conls_matrices(const Mm& A, const Mm& b, const Mm& C, const Mm& d, const Mm& 
 }  // namespace
 
 #define M const Mm&
-Mm conls(M A) {
+Mm conls(M) {
     error_input("conls", 1);
     return x_M;
 }
@@ -336,63 +350,63 @@ Mm lp(M file, i_o_t, Mm& lambda, Mm& how) { return lp_file(file, lambda, how); }
 // Written out: each input count forwards to the full form with empty matrices for the rest.
 Mm lp(M c, M A, M b) {
     Mm l, h;
-    return lp_matrices(c, A, b, Mm(), Mm(), Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, Mm(), Mm(), Mm(), Mm(), Mm(), l, h);
 }
 Mm lp(M c, M A, M b, M vlb) {
     Mm l, h;
-    return lp_matrices(c, A, b, vlb, Mm(), Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, Mm(), Mm(), Mm(), Mm(), l, h);
 }
 Mm lp(M c, M A, M b, M vlb, M vub) {
     Mm l, h;
-    return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M) {
+Mm lp(M c, M A, M b, M vlb, M vub, M x0) {
     Mm l, h;
-    return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, vub, x0, Mm(), Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M, M neq) {
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neq) {
     Mm l, h;
-    return lp_matrices(c, A, b, vlb, vub, neq, Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, vub, x0, neq, Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M, M neq, M display) {
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neq, M display) {
     Mm l, h;
-    return lp_matrices(c, A, b, vlb, vub, neq, display, l, h);
+    return lp_matrices(c, A, b, vlb, vub, x0, neq, display, l, h);
 }
 Mm lp(M c, M A, M b, i_o_t, Mm& l) {
     Mm h;
-    return lp_matrices(c, A, b, Mm(), Mm(), Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, Mm(), Mm(), Mm(), Mm(), Mm(), l, h);
 }
 Mm lp(M c, M A, M b, M vlb, i_o_t, Mm& l) {
     Mm h;
-    return lp_matrices(c, A, b, vlb, Mm(), Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, Mm(), Mm(), Mm(), Mm(), l, h);
 }
 Mm lp(M c, M A, M b, M vlb, M vub, i_o_t, Mm& l) {
     Mm h;
-    return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M, i_o_t, Mm& l) {
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& l) {
     Mm h;
-    return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, vub, x0, Mm(), Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M, M neq, i_o_t, Mm& l) {
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neq, i_o_t, Mm& l) {
     Mm h;
-    return lp_matrices(c, A, b, vlb, vub, neq, Mm(), l, h);
+    return lp_matrices(c, A, b, vlb, vub, x0, neq, Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M, M neq, M display, i_o_t, Mm& l) {
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neq, M display, i_o_t, Mm& l) {
     Mm h;
-    return lp_matrices(c, A, b, vlb, vub, neq, display, l, h);
+    return lp_matrices(c, A, b, vlb, vub, x0, neq, display, l, h);
 }
-Mm lp(M c, M A, M b, i_o_t, Mm& l, Mm& h) { return lp_matrices(c, A, b, Mm(), Mm(), Mm(), Mm(), l, h); }
-Mm lp(M c, M A, M b, M vlb, i_o_t, Mm& l, Mm& h) { return lp_matrices(c, A, b, vlb, Mm(), Mm(), Mm(), l, h); }
-Mm lp(M c, M A, M b, M vlb, M vub, i_o_t, Mm& l, Mm& h) { return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), l, h); }
-Mm lp(M c, M A, M b, M vlb, M vub, M, i_o_t, Mm& l, Mm& h) {
-    return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), l, h);
+Mm lp(M c, M A, M b, i_o_t, Mm& l, Mm& h) { return lp_matrices(c, A, b, Mm(), Mm(), Mm(), Mm(), Mm(), l, h); }
+Mm lp(M c, M A, M b, M vlb, i_o_t, Mm& l, Mm& h) { return lp_matrices(c, A, b, vlb, Mm(), Mm(), Mm(), Mm(), l, h); }
+Mm lp(M c, M A, M b, M vlb, M vub, i_o_t, Mm& l, Mm& h) { return lp_matrices(c, A, b, vlb, vub, Mm(), Mm(), Mm(), l, h); }
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, i_o_t, Mm& l, Mm& h) {
+    return lp_matrices(c, A, b, vlb, vub, x0, Mm(), Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M, M neq, i_o_t, Mm& l, Mm& h) {
-    return lp_matrices(c, A, b, vlb, vub, neq, Mm(), l, h);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neq, i_o_t, Mm& l, Mm& h) {
+    return lp_matrices(c, A, b, vlb, vub, x0, neq, Mm(), l, h);
 }
-Mm lp(M c, M A, M b, M vlb, M vub, M, M neq, M display, i_o_t, Mm& l, Mm& h) {
-    return lp_matrices(c, A, b, vlb, vub, neq, display, l, h);
+Mm lp(M c, M A, M b, M vlb, M vub, M x0, M neq, M display, i_o_t, Mm& l, Mm& h) {
+    return lp_matrices(c, A, b, vlb, vub, x0, neq, display, l, h);
 }
 
 Mm qp(M) {

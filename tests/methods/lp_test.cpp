@@ -70,6 +70,28 @@ TEST(Lp, InfeasibleAndUnboundedWords) {
     EXPECT_ERROR(lp(col({1}), col({1})), "lp does not accept 2 inputs");
 }
 
+// A problem the solver cannot start on ends with its status line and no word: more equality rows than
+// A has, or a starting point of the wrong length. A starting point of the right length changes
+// nothing in the optimum.
+TEST(Lp, InconsistentInputsEndWithTheirCodes) {
+    ak_test::Recorder rec;
+    Mm lambda, how;
+    const Mm c = col({-3, -5}), A = matrix(3, 2, {1, 0, 0, 2, 3, 2}), b = col({4, 12, 18}), lb = col({0, 0});
+    Mm x = lp(c, A, b, lb, Mm(), col({1, 1}), Mm(0.0), i_o, lambda, how);
+    EXPECT_NEAR(x.addr()[1], 6, 1e-12);
+    EXPECT_EQ(word(how), "ok");
+    rec.clear();
+    x = lp(c, A, b, lb, Mm(), Mm(), Mm(4.0), i_o, lambda, how);
+    EXPECT_EQ(rec.printed, "Inconsistent A\n");
+    EXPECT_EQ(word(how), "");
+    EXPECT_EQ(x.size(), 2);
+    rec.clear();
+    x = lp(c, A, b, lb, Mm(), col({1, 1, 1}), Mm(0.0), i_o, lambda, how);
+    EXPECT_EQ(rec.printed, "Inconsistent initial\n");
+    EXPECT_EQ(word(how), "");
+    EXPECT_EQ(lambda.size(), 5);
+}
+
 TEST(Lp, MpsFiles) {
     ak_test::Recorder rec;
     Mm lambda, how;
