@@ -3,10 +3,12 @@
 #include <dirent.h>
 #include <fnmatch.h>
 #include <sys/stat.h>
+#include <sys/sysinfo.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstring>
 #include <ctime>
 #include <string>
@@ -17,6 +19,7 @@
 #include "arklib/cells.h"
 #include "arklib/files.h"
 #include "arklib/hooks.h"
+#include "arklib/list.h"
 #include "io/file_internal.h"
 #include "runtime/format_internal.h"
 
@@ -299,6 +302,9 @@ Mm type(const Mm& name) {
     return x_M;
 }
 
+// Help in a window: without a window system, on the console.
+Mm helpwin(const Mm& topic) { return help(topic); }
+
 Mm help(const Mm& name) {
     if (!name.flags.str) {
         error("help: argument not a string");
@@ -306,6 +312,28 @@ Mm help(const Mm& name) {
     }
     print_file(name, true);
     return x_M;
+}
+
+// ---- memory ---------------------------------------------------------------------------------------------
+
+Mm memory() {
+    struct sysinfo info;
+    if (sysinfo(&info) != 0) {
+        error("memory: the system does not tell its memory");
+        return x_M;
+    }
+    const double unit = info.mem_unit ? info.mem_unit : 1;
+    const double total = unit * static_cast<double>(info.totalram), free = unit * static_cast<double>(info.freeram);
+    const double available = free + unit * static_cast<double>(info.bufferram);
+    const double swap = unit * static_cast<double>(info.totalswap), swap_free = unit * static_cast<double>(info.freeswap);
+    const double load = total > 0 ? std::round(100 * (1 - available / total)) : 0;
+    const double mib = 1024.0 * 1024.0;
+    ak_printf("Memory in use: %g%%\n", load);
+    ak_printf("Physical memory: %.0f MiB, of which %.0f MiB available\n", total / mib, available / mib);
+    ak_printf("Swap: %.0f MiB, of which %.0f MiB free\n", swap / mib, swap_free / mib);
+    Mm out = (CL("load_percent"), load, "total_physical", total, "available_physical", available, "total_swap", swap,
+              "free_swap", swap_free);
+    return mstruct(out);
 }
 
 // ---- commands ---------------------------------------------------------------------------------------------
@@ -357,6 +385,8 @@ AK_BUILTIN("fullfile", AK_FN(fullfile), AK_FN(fullfile, const Mm&), AK_FN(fullfi
 AK_BUILTIN("dir", AK_FN(dir), AK_FN(dir, const Mm&));
 AK_BUILTIN("type", type);
 AK_BUILTIN("help", help);
+AK_BUILTIN("helpwin", helpwin);
+AK_BUILTIN("memory", AK_FN(memory));
 AK_BUILTIN("system", AK_FN(system, const Mm&));
 AK_BUILTIN("dos", AK_FN(dos, const Mm&), AK_FN(dos, const Mm&, const Mm&), AK_FN(dos, const Mm&, i_o_t, Mm&, Mm&),
            AK_FN(dos, const Mm&, const Mm&, i_o_t, Mm&, Mm&));

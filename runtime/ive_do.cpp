@@ -9,21 +9,15 @@
 #include "arklib/cells.h"
 #include "arklib/display.h"
 #include "arklib/error.h"
+#include "arklib/figures.h"
+#include "arklib/files.h"
+#include "arklib/graphics.h"
 #include "arklib/eval.h"
 #include "arklib/hooks.h"
 #include "arklib/mex_modules.h"
 #include "arklib/scope.h"
 #include "arklib/startup.h"
-
-// Functions of other parts of the library that some commands reach; a command whose function is
-// not linked in does nothing.
-Mm designer() __attribute__((weak));
-Mm setapplicationhandle(void* window) __attribute__((weak));
-Mm setapplicationkeyhandle(void* window) __attribute__((weak));
-Mm helpwin(const Mm& topic) __attribute__((weak));
-Mm figure_close(const Mm& which) __attribute__((weak));
-Mm memory() __attribute__((weak));
-Mm dir(const Mm& pattern) __attribute__((weak));
+#include "arklib/subscript.h"
 
 namespace {
 
@@ -128,13 +122,11 @@ void print_help(const char* name) {
 }
 
 void print_dir(const char* pattern) {
-    if (!dir) return;
     Mm list = dir(TM(pattern ? pattern : ""));
     if (!list.fields || list.flags.type != ak_mm) return;
-    const Mm* e = static_cast<const Mm*>(list.pr);
     for (int k = 0; k < list.size(); ++k) {
         char name[1024];
-        Mstr(e[k * list.nfields], name, sizeof name);
+        Mstr(Mm(list(Mm(k + 1.0)).member("name")), name, sizeof name);
         ak_printf("%s\n", name);
     }
 }
@@ -168,7 +160,7 @@ extern "C" std::intptr_t _ive_do(int command, std::intptr_t a, void* b) {
             else if (std::strcmp(text, "global") == 0) remove_all(0);
             else remove_named(text);
             break;
-        case 5: if (designer) designer(); break;
+        case 5: designer(); break;
         case 6: return reinterpret_cast<std::intptr_t>(&ak_error_stack);
         case 9: list_lines(chosen_level(b)); break;
         case 10:
@@ -188,7 +180,7 @@ extern "C" std::intptr_t _ive_do(int command, std::intptr_t a, void* b) {
         case 19: ak_set_clc_handler(as<ak_int_handler_t>(b)); break;
         case 20: mpath_pointer = b; break;
         case 21: ak_clc_handler(); break;
-        case 22: if (setapplicationhandle) setapplicationhandle(b); break;
+        case 22: setapplicationhandle(b); break;
         case 23: return level_count(0);
         case 24: if (Mm* m = scope_entry(k, 0)) write_name(b, m); break;
         case 25: system_hook = as<int (*)(const char*)>(b); break;
@@ -198,22 +190,22 @@ extern "C" std::intptr_t _ive_do(int command, std::intptr_t a, void* b) {
         case 29: write_preview(b, k, here); break;
         case 30: write_preview(b, k, 0); break;
         case 31: if (text) print_help(text); break;
-        case 32: if (helpwin && text) helpwin(TM(text)); break;
+        case 32: if (text) helpwin(TM(text)); break;
         case 33: {
             Mm answer = which(TM(text ? text : ""));
             char* out = reinterpret_cast<char*>(a);
             if (out) Mstr(answer, out, which_size);
             break;
         }
-        case 34: if (figure_close && text) figure_close(TM(text)); break;
+        case 34: if (text) figure_close(TM(text)); break;
         case 35: if (text) openvar(TM(text)); break;
-        case 36: if (memory) memory(); break;
+        case 36: memory(); break;
         case 37: {
             Mm v = version();
             if (b) Mstr(v, static_cast<char*>(b), version_size);
             break;
         }
-        case 38: if (setapplicationkeyhandle) setapplicationkeyhandle(b); break;
+        case 38: setapplicationkeyhandle(b); break;
         default: break;
     }
     return 0;

@@ -92,6 +92,9 @@ Mm copyfile(const Mm& a);
 Mm copyfile(const Mm& a, const Mm& b);
 Mm type(const Mm& name);
 Mm help(const Mm& name);
+Mm helpwin(const Mm& topic);  // help, on the console
+// Prints the memory in use, physical and swap, and returns them as a structure (bytes; load_percent).
+Mm memory();
 Mm system(const Mm& s);
 Mm dos(const Mm& cmd);
 Mm dos(const Mm& cmd, const Mm& echo);

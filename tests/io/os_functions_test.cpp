@@ -88,6 +88,21 @@ TEST_F(OsFunctions, CopyDeleteAndTemporaryNames) {
     EXPECT_EQ(text(tempdir()).back(), '/');
 }
 
+TEST_F(OsFunctions, MemoryStatus) {
+    ak_test::Recorder rec;
+    Mm m = memory();
+    EXPECT_NE(rec.printed.find("Physical memory: "), std::string::npos);
+    const double total = Mm(m.member("total_physical")).r(), available = Mm(m.member("available_physical")).r();
+    EXPECT_GT(total, 64.0 * 1024 * 1024);
+    EXPECT_GT(available, 0.0);
+    EXPECT_LE(available, total);
+    EXPECT_GE(Mm(m.member("load_percent")).r(), 0.0);
+    EXPECT_LE(Mm(m.member("load_percent")).r(), 100.0);
+    rec.clear();
+    _ive_do(36, 0, nullptr);
+    EXPECT_NE(rec.printed.find("Memory in use: "), std::string::npos);
+}
+
 TEST_F(OsFunctions, FullfileSeparators) {
     EXPECT_EQ(text(fullfile(TM("a"), TM("b"), TM("c.m"))), "a/b/c.m");
     EXPECT_EQ(text(fullfile(TM("/a/"), TM("/b/"), TM("c"))), "/a/b/c");
@@ -143,6 +158,15 @@ TEST_F(OsFunctions, TypeHelpAndCommands) {
         rec.clear();
         type(TM("nothing"));
         EXPECT_EQ(rec.printed, "nothing not found.\n");
+        // The development environment's help window and listing reach the same functions.
+        rec.clear();
+        char topic[] = "f";
+        _ive_do(32, 0, topic);
+        EXPECT_EQ(rec.printed, " F doubles x.\n   y = f(x)\n");
+        rec.clear();
+        char pattern[] = "*.m";
+        _ive_do(14, 0, pattern);
+        EXPECT_EQ(rec.printed, "f.m\n");
     }
     cd(TM(home.c_str()));
     EXPECT_ERROR(type(Mm(1.0)), "type: argument not a string");
