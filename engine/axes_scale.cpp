@@ -143,16 +143,23 @@ double bar_width(const std::vector<double>& x) {
 
 std::vector<double> ticks_for(double lo, double hi, bool log, double target) {
     std::vector<double> t;
-    if (!(hi > lo)) return t;
+    if (!(hi > lo) || !std::isfinite(lo) || !std::isfinite(hi) || !std::isfinite(hi - lo)) return t;
     if (log) {
+        // Limits that are not both positive have no decades to mark.
+        if (!(lo > 0)) return t;
         int a = static_cast<int>(std::ceil(std::log10(lo) - 1e-9)), b = static_cast<int>(std::floor(std::log10(hi) + 1e-9));
         int every = std::max(1, (b - a + 1) / 8 + ((b - a + 1) % 8 ? 1 : 0));
-        for (int k = a; k <= b; k += every) t.push_back(std::pow(10.0, k));
+        for (long k = a; k <= b; k += every) t.push_back(std::pow(10.0, k));
         return t;
     }
     double step = nice_step(hi - lo, target);
     double first = std::ceil(lo / step - 1e-9) * step;
-    for (double v = first; v <= hi + step * 1e-9; v += step) t.push_back(std::fabs(v) < step * 1e-9 ? 0.0 : v);
+    // Never more than a few hundred: a step lost in the rounding of huge limits would not move on.
+    for (int k = 0; k < 500; ++k) {
+        double v = first + k * step;
+        if (v > hi + step * 1e-9) break;
+        t.push_back(std::fabs(v) < step * 1e-9 ? 0.0 : v);
+    }
     return t;
 }
 
@@ -186,7 +193,7 @@ void update_axes_auto(Object& ax) {
     for (int k = 0; k < 3; ++k) {
         bool log = same_word(ax.word(scale[k]), "log");
         if (same_word(ax.word(limmode[k]), "auto")) {
-            double lo = 0, hi = 1;
+            double lo = log ? 1 : 0, hi = log ? 10 : 1;
             if (any && e[k].valid()) {
                 lo = e[k].lo;
                 hi = e[k].hi;

@@ -72,10 +72,13 @@ void draw_area(const Painter& p, const Projection& pr, const Object& o, const RG
 // A pie of the values' shares, on the unit circle about the origin, coloured from the colormap.
 void draw_pie(const Painter& p, const Projection& pr, const Object& o, double width) {
     const std::vector<double>& y = o.get("YData").d;
-    double total = 0;
+    // Shares are found on values scaled by the largest, so that no sum overflows.
+    double largest = 0, total = 0;
     for (double v : y)
-        if (std::isfinite(v) && v > 0) total += v;
-    if (!(total > 0)) return;
+        if (std::isfinite(v) && v > 0) largest = std::max(largest, v);
+    if (!(largest > 0)) return;
+    for (double v : y)
+        if (std::isfinite(v) && v > 0) total += v / largest;
     double cx, cy, ex, ey, fx, fy;
     if (!pr.point(0, 0, NAN, cx, cy) || !pr.point(1, 0, NAN, ex, ey) || !pr.point(0, 1, NAN, fx, fy)) return;
     double rx = std::fabs(ex - cx), ry = std::fabs(fy - cy);
@@ -83,7 +86,7 @@ void draw_pie(const Painter& p, const Projection& pr, const Object& o, double wi
     size_t n = y.size();
     for (size_t k = 0; k < n; ++k) {
         if (!(std::isfinite(y[k]) && y[k] > 0)) continue;
-        double sweep = 2 * M_PI * y[k] / total;
+        double share = y[k] / largest / total, sweep = 2 * M_PI * share;
         cairo_save(p.cr);
         cairo_translate(p.cr, cx, cy);
         cairo_scale(p.cr, rx, ry);
@@ -98,7 +101,7 @@ void draw_pie(const Painter& p, const Projection& pr, const Object& o, double wi
         // The share as a label just outside the wedge.
         double mid = start - sweep / 2;
         char text[32];
-        std::snprintf(text, sizeof text, "%.0f%%", 100 * y[k] / total);
+        std::snprintf(text, sizeof text, "%.0f%%", 100 * share);
         double lx = cx + 1.15 * rx * std::cos(mid), ly = cy - 1.15 * ry * std::sin(mid);
         p.text(text, lx, ly, 9, std::cos(mid) > 0.2 ? "left" : std::cos(mid) < -0.2 ? "right" : "center", "middle", 0,
                RGB{0, 0, 0});

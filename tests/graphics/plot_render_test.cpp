@@ -352,3 +352,25 @@ TEST_F(Rendered, PrintWritesEachFormat) {
     EXPECT_NE(out.printed.find("PostScript output is not available"), std::string::npos);
     EXPECT_EQ(head(dir + "page.eps", 4), "");
 }
+
+TEST_F(Rendered, OddDataNeitherCrashesNorSpoilsThePicture) {
+    // Empty, single, NaN and infinite data through every chart: each either draws or reports an
+    // error, and the figure can still be written afterwards.
+    Mm (*charts[])(const Mm&) = {plot, stem, stairs, area, pie, polar, semilogx, loglog, bar, barh, scatter,
+                                 mesh, surf, pcolor, contour, contourf, quiver, image, imagesc, errorbar, hist};
+    Mm odd[] = {Mm(0, 0, 0, 0, 0, ak_double), Mm(NAN), row({1, NAN, 3}), row({-INFINITY, 0, INFINITY}),
+                (BR(1.0), NAN, semi, 2.0, 3.0), Mm(5.0), row({-1e308, 1e308}), row({1e-300, 2e-300})};
+    int drawn = 0;
+    for (auto chart : charts)
+        for (const Mm& data : odd) {
+            try {
+                chart(data);
+                ++drawn;
+            } catch (const char*) {
+                // A clear error is a fine answer to data such as these.
+            }
+            Image img = written("odd.png");
+            ASSERT_EQ(img.w, 400);
+        }
+    EXPECT_GT(drawn, 60);
+}
