@@ -572,6 +572,51 @@ TEST_F(MatFiles, BothByteOrdersAndTextElements) {
                  "load: " + fixture("bytes_hdf5.mat") + " is an HDF5-based MAT-file (version 7.3), which is not supported");
 }
 
+// The files the library writes, read by the other programs when they are installed (the values are
+// checked by scripts that end with a non-zero status on a mismatch).
+TEST_F(MatFiles, OtherProgramsReadOurFiles) {
+    const bool octave = access("/usr/bin/octave", X_OK) == 0;
+    const bool scipy = std::system("/usr/bin/python3 -c 'import scipy.io' >/dev/null 2>&1") == 0;
+    if (!octave && !scipy) GTEST_SKIP() << "neither Octave nor SciPy is installed";
+    ak_test::ErrorsThrow guard;
+    _ive_do(0, 0, nullptr);
+    std::vector<sample> kinds = every_kind();
+    std::vector<Mm*> heads;
+    for (auto& s : kinds) {
+        heads.push_back(new Mm(i_o, s.name, 0));
+        *heads.back() = s.value;
+    }
+    save(mpath("k5.mat"));
+    save(mpath("k5z.mat"), TM("-compress"));
+    save(mpath("k4.mat"), TM("real"), TM("cplx"), TM("str"), TM("chars"), TM("sp"), TM("spz"), TM("-v4"));
+    for (Mm* h : heads) delete h;
+    if (octave) {
+        const std::string script =
+            "for f = {'k5.mat', 'k5z.mat'}; x = load(['" + dir + "/' f{1}]);"
+            " assert(x.real, [1 2 3; 4 5 6.5]); assert(x.cplx, [1 2 3; 4 5 6.5] + 2i); assert(size(x.cube), [2 2 3]);"
+            " assert(x.cube(2, 2, 3), 3.5); assert(x.chars, ['abc'; 'xyz']); assert(full(x.spz), x.cplx);"
+            " assert(x.cell{2, 1}{2}, 'in'); assert(x.people(3).id, 3); assert(x.person(1, 2).tags, 'two'); assert(size(x.deep), [1 2]);"
+            " assert(class(x.bytes), 'uint8'); assert(islogical(x.flags)); assert(isempty(x.empty)); end;"
+            " y = load('" + dir + "/k4.mat'); assert(full(y.spz), y.cplx); assert(y.chars, ['abc'; 'xyz']);";
+        EXPECT_EQ(std::system(("octave --no-gui -q --eval \"" + script + "\" >/dev/null 2>&1").c_str()), 0);
+    }
+    if (scipy) {
+        const std::string script =
+            "import scipy.io as s, numpy as np\n"
+            "for f in ('k5.mat', 'k5z.mat', 'k4.mat'):\n"
+            "    d = s.loadmat('" + dir + "/' + f)\n"
+            "    assert (d['real'] == [[1, 2, 3], [4, 5, 6.5]]).all()\n"
+            "    assert (d['spz'].toarray() == d['cplx']).all()\n"
+            "    assert list(d['chars']) == ['abc', 'xyz']\n"
+            "d = s.loadmat('" + dir + "/k5z.mat')\n"
+            "assert d['cube'].shape == (2, 2, 3) and d['people'].shape == (1, 3)\n"
+            "assert d['bytes'].dtype == np.uint8 and d['point'][0, 0]['y'][0, 0] == -2\n";
+        const std::string py = path("check.py");
+        write_bytes("check.py", script);
+        EXPECT_EQ(std::system(("/usr/bin/python3 " + py + " >/dev/null 2>&1").c_str()), 0);
+    }
+}
+
 // ---- messages ---------------------------------------------------------------------------------------
 
 TEST_F(MatFiles, MessagesOfTheReaders) {
