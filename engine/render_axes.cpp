@@ -22,7 +22,8 @@ std::string tick_text(double v) {
 std::string date_text(double datenum, const std::string& format) {
     static const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     static const char* weekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    if (!std::isfinite(datenum)) return "";
+    // Beyond some million years a date number names no date that can be written.
+    if (!std::isfinite(datenum) || std::fabs(datenum) > 4e8) return "";
     double whole = std::floor(datenum);
     long seconds = std::lround((datenum - whole) * 86400);
     long days = static_cast<long>(whole) - 719529;  // days from 1 January 1970

@@ -64,8 +64,9 @@ void paint(cairo_surface_t* surface, Object& fig, double scale, double w, double
 
 void figure_size(const Object& fig, int& w, int& h) {
     const Value& pos = fig.get("Position");
-    w = static_cast<int>(std::lround(pos.at(2, 560)));
-    h = static_cast<int>(std::lround(pos.at(3, 420)));
+    auto pixels = [](double v) { return std::isfinite(v) ? std::min(std::max(v, 1.0), 10000.0) : 1.0; };
+    w = static_cast<int>(std::lround(pixels(pos.at(2, 560))));
+    h = static_cast<int>(std::lround(pixels(pos.at(3, 420))));
     w = std::min(std::max(w, 1), 10000);
     h = std::min(std::max(h, 1), 10000);
 }
@@ -87,14 +88,17 @@ bool rgb_of(const Value& v, RGB& out) {
 RGB Painter::mapped(double c, bool direct) const {
     int n = colormap ? colormap->rows() : 0;
     if (n == 0 || !std::isfinite(c)) return RGB{0, 0, 0};
-    int k;
+    // The row is found in doubles and clamped before it becomes an int, so that no value is too
+    // large for one.
+    double row;
     if (direct) {
-        k = static_cast<int>(std::floor(c)) - 1;
+        row = std::floor(c) - 1;
     } else {
         double t = clim[1] > clim[0] ? (c - clim[0]) / (clim[1] - clim[0]) : 0.0;
-        k = static_cast<int>(std::floor(t * n));
+        row = std::floor(t * n);
     }
-    k = std::min(std::max(k, 0), n - 1);
+    if (!(row >= 0)) row = 0;
+    int k = static_cast<int>(std::min(row, static_cast<double>(n - 1)));
     const auto& d = colormap->d;
     return RGB{d[k], d[n + k], d[2 * n + k]};
 }
