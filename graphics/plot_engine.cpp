@@ -45,35 +45,35 @@ bool read_line_spec(const Mm& item, LineLook& look) {
     char text[257];
     Mstr(item, text, sizeof text);
     int length = static_cast<int>(std::strlen(text));
-    LineLook spec = look;
+    LineLook parsed = look;
     int count = 0;
     for (int c = 0; c < 8; ++c)
         if (std::strchr(text, color_letters[c])) {
-            spec.color = c;
-            spec.explicit_color = true;
+            parsed.color = c;
+            parsed.explicit_color = true;
             ++count;
             break;
         }
     for (int m = marker_count - 1; m >= 0; --m)
         if (std::strstr(text, marker_texts[m])) {
-            spec.marker = m;
-            spec.style = -1;
+            parsed.marker = m;
+            parsed.style = -1;
             ++count;
             break;
         }
     for (int s = style_count - 1; s >= 0; --s)
         if (std::strstr(text, style_texts[s])) {
-            spec.style = s;
+            parsed.style = s;
             count += static_cast<int>(std::strlen(style_texts[s]));
             break;
         }
     // In "-." the dot belongs to the style.
-    if (spec.style == 2 && spec.marker == 0) {
-        spec.marker = -1;
+    if (parsed.style == 2 && parsed.marker == 0) {
+        parsed.marker = -1;
         --count;
     }
     if (count != length) return false;
-    look = spec;
+    look = parsed;
     return true;
 }
 
@@ -365,8 +365,8 @@ Mm errorbar(const Mm& given) {
         for (int q = 0; q < 9; ++q) wx.addr()[9 * k + q] = px[q], wy.addr()[9 * k + q] = py[q];
     }
     // The whiskers take the colour and line of the specification, not its marks.
-    std::string spec = text_of(s), bare;
-    for (char ch : spec)
+    std::string written = text_of(s), bare;
+    for (char ch : written)
         if (!std::strchr(".ox+*sd^v><ph", ch)) bare += ch;
     Mm whiskers = plot(list_of({wx, wy, TM(bare.empty() ? "-" : bare.c_str())}));
     hold(ak_word(akw_on));

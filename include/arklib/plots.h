@@ -73,7 +73,7 @@ Mm hist(const Mm& y);                       // 10 bins, drawn as bars
 Mm hist(const Mm& y, const Mm& x);          // x: a count of bins or their centres
 Mm hist(const Mm& y, i_o_t, Mm& n, Mm& centres);            // counts and centres, not drawn
 Mm hist(const Mm& y, const Mm& x, i_o_t, Mm& n, Mm& centres);
-Mm quiver(const Mm& list);                  // (u, v), (x, y, u, v), then a scale and a line spec
+Mm quiver(const Mm& list);                  // (u, v), (x, y, u, v), then a scale and a line specification
 Mm image(const Mm& list);                   // (c), (x, y, c), then properties
 Mm imagesc(const Mm& list);                 // as image, colours scaled to the data's range
 Mm colorbar();

@@ -238,7 +238,7 @@ TEST_F(PlotLog, DataFormsMakeTheLinesTheyShould) {
 
 TEST_F(PlotLog, LineSpecificationsAndPropertyLists) {
     struct Case {
-        const char* spec;
+        const char* line_style;
         const char* color;
         const char* marker;
         const char* style;
@@ -249,10 +249,10 @@ TEST_F(PlotLog, LineSpecificationsAndPropertyLists) {
                  {":", "[-105]", "[-1]", "[1]"}};
     for (auto& c : cases) {
         rec.log.clear();
-        plot((CL(row({1, 2, 3})), c.spec));
-        EXPECT_EQ(last("Color"), c.color) << c.spec;
-        EXPECT_EQ(last("Marker"), c.marker) << c.spec;
-        EXPECT_EQ(last("LineStyle"), c.style) << c.spec;
+        plot((CL(row({1, 2, 3})), c.line_style));
+        EXPECT_EQ(last("Color"), c.color) << c.line_style;
+        EXPECT_EQ(last("Marker"), c.marker) << c.line_style;
+        EXPECT_EQ(last("LineStyle"), c.style) << c.line_style;
     }
     rec.log.clear();
     plot((CL(row({1, 2})), row({3, 4}), "LineWidth", 2.0));
