@@ -20,4 +20,5 @@ sg = single([1.5 2.5]);
 save("-v6", "octave_v6_single.mat", "sg");
 '
 
+# After Octave: the script also rewrites the header text of Octave's files.
 /usr/bin/python3 "$here/make_matfile_fixtures.py"
