@@ -147,9 +147,12 @@ std::vector<double> ticks_for(double lo, double hi, bool log, double target) {
     if (log) {
         // Limits that are not both positive have no decades to mark.
         if (!(lo > 0)) return t;
-        int a = static_cast<int>(std::ceil(std::log10(lo) - 1e-9)), b = static_cast<int>(std::floor(std::log10(hi) + 1e-9));
-        int every = std::max(1, (b - a + 1) / 8 + ((b - a + 1) % 8 ? 1 : 0));
-        for (long k = a; k <= b; k += every) t.push_back(std::pow(10.0, k));
+        // Decades as doubles first: both ends lie within about 650 decades of each other.
+        const double first = std::ceil(std::log10(lo) - 1e-9), last = std::floor(std::log10(hi) + 1e-9);
+        if (!(last >= first) || last - first > 1000) return t;
+        const int a = static_cast<int>(first), b = static_cast<int>(last);
+        const int every = std::max(1, (b - a + 1) / 8 + ((b - a + 1) % 8 ? 1 : 0));
+        for (int k = a; k <= b; k += every) t.push_back(std::pow(10.0, k));
         return t;
     }
     double step = nice_step(hi - lo, target);
