@@ -41,10 +41,10 @@ TEST(SubscriptWrite, GrowthUsesTheSpareCapacityBeforeReallocating) {
     x(11.0) = 1.0;
     EXPECT_EQ(block, x.pr);
     EXPECT_EQ(V({1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 1}), values(x));
-    // One more element takes a new block with room for half as many again (and the 8 spare).
+    // One more element takes a new block with room for as many again (and the 8 spare).
     x(12.0) = 2.0;
     EXPECT_NE(block, x.pr);
-    EXPECT_EQ(12 + 6 + 8, x.getp());
+    EXPECT_EQ(12 + 12 + 8, x.getp());
     EXPECT_EQ(V({1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 1, 2}), values(x));
     // A matrix that is made, not grown, has the 8 spare elements only.
     EXPECT_EQ(12 + 8, Mm(row({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})).getp());
