@@ -203,6 +203,18 @@ int mxSetDoubles(mxArray* a, double* data) {
     return 0;
 }
 
+// Text and logical values are doubles here, with a flag: there is no array of mxChar or mxLogical to
+// hand out.
+mxChar* mxGetChars(const mxArray*) {
+    error("mxGetChars: text is held as doubles here; use mxGetString or mxArrayToString");
+    return nullptr;
+}
+
+mxLogical* mxGetLogicals(const mxArray*) {
+    error("mxGetLogicals: logical values are held as doubles here; use mxGetPr");
+    return nullptr;
+}
+
 mxComplexDouble* mxGetComplexDoubles(const mxArray*) {
     error("mxGetComplexDoubles: complex data are held as two arrays here; use mxGetPr and mxGetPi");
     return nullptr;

@@ -24,6 +24,7 @@ typedef int mwSize;
 typedef int mwIndex;
 typedef int mwSignedIndex;
 typedef unsigned char mxLogical;
+typedef unsigned short mxChar;
 
 typedef enum { mxREAL = 0, mxCOMPLEX = 1 } mxComplexity;
 
@@ -103,6 +104,8 @@ double* mxGetDoubles(const mxArray* a);  /* mxGetPr */
 int mxSetDoubles(mxArray* a, double* data);  /* mxSetPr */
 mxComplexDouble* mxGetComplexDoubles(const mxArray* a);  /* reports: data are split */
 int mxSetComplexDoubles(mxArray* a, mxComplexDouble* data);  /* reports: data are split */
+mxChar* mxGetChars(const mxArray* a);        /* reports: text is doubles; use mxGetString */
+mxLogical* mxGetLogicals(const mxArray* a);  /* reports: logicals are doubles; use mxGetPr */
 double mxGetScalar(const mxArray* a);
 double mxGetR(const mxArray* a, int row, int col);  /* 1-based, checked */
 void mxSetR(mxArray* a, int row, int col, double value);

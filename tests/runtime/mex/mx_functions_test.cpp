@@ -122,6 +122,8 @@ TEST(MxFunctions, FixedMessages) {
     EXPECT_ERROR(mxSetM(a.get(), 2), "mxSetM is not available");
     EXPECT_ERROR(mxGetComplexDoubles(a.get()),
                  "mxGetComplexDoubles: complex data are held as two arrays here; use mxGetPr and mxGetPi");
+    EXPECT_ERROR(mxGetChars(a.get()), "mxGetChars: text is held as doubles here; use mxGetString or mxArrayToString");
+    EXPECT_ERROR(mxGetLogicals(a.get()), "mxGetLogicals: logical values are held as doubles here; use mxGetPr");
     EXPECT_ERROR(mxAssert(0, "assertion text"), "assertion text");
     EXPECT_NO_ERROR(mxAssert(1, "assertion text"));
 
