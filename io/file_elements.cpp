@@ -230,12 +230,13 @@ void encode_elements(void* dst, const double* src, int count, int code, bool swa
     for (int k = 0; k < count; ++k) encode_one(d + static_cast<size_t>(k) * size, src[k], code, swap);
 }
 
-int read_elements(double* dest, int count, std::FILE* stream, int code, bool swap) {
-    if (count < 1 || !stream) return 0;
-    int size = precision_size(code);
-    bool plain_double = size == 8 && code != 9 && code != 10;
-    if (plain_double && !swap) return static_cast<int>(std::fread(dest, 8, count, stream));
-    int chunk = count < chunk_elements ? count : chunk_elements;
+namespace {
+
+// Runs step(work, done, want) over count elements of `size` bytes, a chunk at a time through one
+// work buffer; step gives how many it moved, and a short step ends the run. Gives the total moved.
+template <class Step>
+int in_chunks(int count, int size, Step step) {
+    const int chunk = count < chunk_elements ? count : chunk_elements;
     std::unique_ptr<unsigned char[]> work(new (std::nothrow) unsigned char[static_cast<size_t>(chunk) * size]);
     if (!work) {
         error("Out of memory!");
@@ -243,13 +244,26 @@ int read_elements(double* dest, int count, std::FILE* stream, int code, bool swa
     }
     int done = 0;
     while (done < count) {
-        int want = count - done < chunk ? count - done : chunk;
-        int got = static_cast<int>(std::fread(work.get(), size, want, stream));
-        decode_elements(dest + done, work.get(), got, code, swap);
-        done += got;
-        if (got < want) break;
+        const int want = count - done < chunk ? count - done : chunk;
+        const int moved = step(work.get(), done, want);
+        done += moved;
+        if (moved < want) break;
     }
     return done;
+}
+
+}  // namespace
+
+int read_elements(double* dest, int count, std::FILE* stream, int code, bool swap) {
+    if (count < 1 || !stream) return 0;
+    int size = precision_size(code);
+    bool plain_double = size == 8 && code != 9 && code != 10;
+    if (plain_double && !swap) return static_cast<int>(std::fread(dest, 8, count, stream));
+    return in_chunks(count, size, [&](unsigned char* work, int done, int want) {
+        int got = static_cast<int>(std::fread(work, size, want, stream));
+        decode_elements(dest + done, work, got, code, swap);
+        return got;
+    });
 }
 
 int write_element(double value, std::FILE* stream, int code, bool swap) {
@@ -264,21 +278,10 @@ int write_elements(const double* src, int count, std::FILE* stream, int code, bo
     int size = precision_size(code);
     bool plain_double = size == 8 && code != 9 && code != 10;
     if (plain_double && !swap) return static_cast<int>(std::fwrite(src, 8, count, stream));
-    int chunk = count < chunk_elements ? count : chunk_elements;
-    std::unique_ptr<unsigned char[]> work(new (std::nothrow) unsigned char[static_cast<size_t>(chunk) * size]);
-    if (!work) {
-        error("Out of memory!");
-        return 0;
-    }
-    int done = 0;
-    while (done < count) {
-        int want = count - done < chunk ? count - done : chunk;
-        encode_elements(work.get(), src + done, want, code, swap);
-        int put = static_cast<int>(std::fwrite(work.get(), size, want, stream));
-        done += put;
-        if (put < want) break;
-    }
-    return done;
+    return in_chunks(count, size, [&](unsigned char* work, int done, int want) {
+        encode_elements(work, src + done, want, code, swap);
+        return static_cast<int>(std::fwrite(work, size, want, stream));
+    });
 }
 
 }  // namespace ak_internal
