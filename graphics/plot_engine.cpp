@@ -1,4 +1,4 @@
-// The plot family: plot_engine turns data sets and line specifications into line objects, and the
+// The plot family: plot_engine turns data sets and line styles into line objects, and the
 // chart functions are rows over it. A chart's look (stems, bars, stairs) is the engine's: the
 // library hands on the chart word in ChartType and the data as they are. Also line, patch and text.
 #include <cmath>
@@ -39,7 +39,7 @@ struct LineLook {
     bool explicit_color = false;
 };
 
-// Reads a line specification such as "r--o". False, with `look` as it was, when the text is not
+// Reads a line style such as "r--o". False, with `look` as it was, when the text is not
 // one (then it is a property name).
 bool read_line_spec(const Mm& item, LineLook& look) {
     char text[257];
@@ -334,7 +334,7 @@ Mm errorbar(const Mm& given) {
         l = plain(cell_at(list, 2));
         if (n == 4) u = plain(cell_at(list, 3));
     } else {
-        error("errorbar: use (y,e), (x,y,e) or (x,y,l,u), then a line specification");
+        error("errorbar: use (y,e), (x,y,e) or (x,y,l,u), then a line style");
         return x_M;
     }
     if (u.size() == 0) u = l;
@@ -364,7 +364,7 @@ Mm errorbar(const Mm& given) {
         double py[9] = {bottom, top, NAN, bottom, bottom, NAN, top, top, NAN};
         for (int q = 0; q < 9; ++q) wx.addr()[9 * k + q] = px[q], wy.addr()[9 * k + q] = py[q];
     }
-    // The whiskers take the colour and line of the specification, not its marks.
+    // The whiskers take the colour and line of the style text, not its marks.
     std::string written = text_of(s), bare;
     for (char ch : written)
         if (!std::strchr(".ox+*sd^v><ph", ch)) bare += ch;

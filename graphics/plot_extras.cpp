@@ -120,7 +120,7 @@ Mm quiver(const Mm& given) {
         v = plain(cell_at(list, 3));
         if (n == 5) scale = number_of(cell_at(list, 4), 1);
     } else {
-        error("quiver: use (u,v), (x,y,u,v), then a scale and a line specification");
+        error("quiver: use (u,v), (x,y,u,v), then a scale and a line style");
         return x_M;
     }
     int count = u.size();

@@ -10,7 +10,7 @@
 
 // ---- the two engines ------------------------------------------------------------------------------
 // Lines of the chart `name` from the data sets of list (dm = 2: x, y; dm = 3: x, y, z), each set
-// optionally followed by a line specification such as "r--o", then name/value properties.
+// optionally followed by a line style such as "r--o", then name/value properties.
 Mm plot_engine(const char* name, int dm, const Mm& list);
 // One surface of the chart `name` from list (z; z, c; x, y, z; x, y, z, c; then properties),
 // shown in the view `view_value` (2 plane, 3 rotated).
@@ -32,7 +32,7 @@ Mm bar(const Mm& list);
 Mm barh(const Mm& list);
 Mm bar3(const Mm& list);
 Mm bar3h(const Mm& list);
-Mm errorbar(const Mm& list);  // (y, e), (x, y, e), (x, y, l, u), then a line specification
+Mm errorbar(const Mm& list);  // (y, e), (x, y, e), (x, y, l, u), then a line style
 Mm plotyy(const Mm& x1, const Mm& y1, const Mm& x2, const Mm& y2);
 Mm plotyy(const Mm& x1, const Mm& y1, const Mm& x2, const Mm& y2, i_o_t, Mm& ax, Mm& h1, Mm& h2);
 Mm scatter(const Mm& list);   // x, y, size, colour, "filled"
@@ -73,7 +73,7 @@ Mm hist(const Mm& y);                       // 10 bins, drawn as bars
 Mm hist(const Mm& y, const Mm& x);          // x: a count of bins or their centres
 Mm hist(const Mm& y, i_o_t, Mm& n, Mm& centres);            // counts and centres, not drawn
 Mm hist(const Mm& y, const Mm& x, i_o_t, Mm& n, Mm& centres);
-Mm quiver(const Mm& list);                  // (u, v), (x, y, u, v), then a scale and a line specification
+Mm quiver(const Mm& list);                  // (u, v), (x, y, u, v), then a scale and a line style
 Mm image(const Mm& list);                   // (c), (x, y, c), then properties
 Mm imagesc(const Mm& list);                 // as image, colours scaled to the data's range
 Mm colorbar();

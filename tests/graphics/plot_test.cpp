@@ -224,7 +224,7 @@ TEST_F(PlotLog, DataFormsMakeTheLinesTheyShould) {
     plot(z);
     EXPECT_NE(lines("line_data")[0].find("[1 3] [2 4]"), std::string::npos);
 
-    // Several sets, each with its own specification; the cycle is not moved by an explicit colour.
+    // Several sets, each with its own line style; the cycle is not moved by an explicit colour.
     rec.log.clear();
     plot((CL(row({1, 2})), row({3, 4}), "r", row({1, 2}), row({5, 6})));
     EXPECT_EQ(writes("Color"), (Log{"[-103]", "[-105]"}));
@@ -236,7 +236,7 @@ TEST_F(PlotLog, DataFormsMakeTheLinesTheyShould) {
     EXPECT_ERROR(stem((CL(matrix(2, 3)), matrix(4, 5))), "plot: matrices are not matched");
 }
 
-TEST_F(PlotLog, LineSpecificationsAndPropertyLists) {
+TEST_F(PlotLog, LineStylesAndPropertyLists) {
     struct Case {
         const char* line_style;
         const char* color;
@@ -257,7 +257,7 @@ TEST_F(PlotLog, LineSpecificationsAndPropertyLists) {
     rec.log.clear();
     plot((CL(row({1, 2})), row({3, 4}), "LineWidth", 2.0));
     EXPECT_EQ(writes("LineWidth"), (Log{"[2]"}));
-    // "rz" is no specification (one of its two letters counts), so it is read as a property name.
+    // "rz" is no line style (one of its two letters counts), so it is read as a property name.
     EXPECT_ERROR(plot((CL(row({1, 2})), "rz")), "set: cannot parse in position 1");
 }
 
@@ -313,7 +313,7 @@ TEST_F(PlotLog, ScatterErrorbarAndPlotyy) {
     EXPECT_NE(data[0].find("[1 1 nan 0.98 1.02 nan 0.98 1.02 nan 2 2"), std::string::npos) << data[0];
     EXPECT_NE(data[0].find("[1 3 nan 1 1 nan 3 3 nan"), std::string::npos) << data[0];
     EXPECT_EQ(last("XLim"), "[0.98 3.02]");
-    EXPECT_ERROR(errorbar(row({1, 2})), "errorbar: use (y,e), (x,y,e) or (x,y,l,u), then a line specification");
+    EXPECT_ERROR(errorbar(row({1, 2})), "errorbar: use (y,e), (x,y,e) or (x,y,l,u), then a line style");
 
     rec.log.clear();
     Mm ax, h1, h2;

@@ -195,7 +195,7 @@ TEST_F(Modules, LoadedOnceFoundInAnyCaseAndCleared) {
 }
 
 TEST_F(Modules, SparseStringAndComplexInputsArriveIntact) {
-    build_module("inspect.c");
+    build_module("what_module_sees.c");
     // 3x2 sparse with entries (2,1)=5, (1,2)=6, (3,2)=7.
     Mm s(0, 1, 3, 3, 2, ak_double);
     const int positions[] = {1, 3, 5};
@@ -204,7 +204,7 @@ TEST_F(Modules, SparseStringAndComplexInputsArriveIntact) {
         s.index[k] = positions[k];
         s.addr()[k] = values[k];
     }
-    std::vector<Mm> out = call("inspect", 2, {s});
+    std::vector<Mm> out = call("what_module_sees", 2, {s});
     EXPECT_EQ(out[0].r(), 5.0) << "class of a sparse matrix";
     const Mm& entries = out[1].mr(1);
     const double expected[] = {1, 5, 0, 6, 2, 7};
@@ -216,7 +216,7 @@ TEST_F(Modules, SparseStringAndComplexInputsArriveIntact) {
     EXPECT_EQ(starts.r(2), 1.0);
     EXPECT_EQ(starts.r(3), 3.0);
 
-    out = call("inspect", 2, {TM("hello, module")});
+    out = call("what_module_sees", 2, {TM("hello, module")});
     EXPECT_EQ(out[0].r(), 6.0) << "a string is a double array";
     EXPECT_EQ(text_of(out[1]), "hello, module");
     EXPECT_TRUE(out[1].isstr());
@@ -226,12 +226,12 @@ TEST_F(Modules, SparseStringAndComplexInputsArriveIntact) {
     z.i(1) = -2;
     z.r(2) = 0;
     z.i(2) = 3;
-    out = call("inspect", 2, {z});
+    out = call("what_module_sees", 2, {z});
     ASSERT_EQ(out[1].size(), 4);
     const double parts[] = {1.5, -2, 0, 3};
     for (int k = 0; k < 4; ++k) EXPECT_EQ(out[1].r(k + 1), parts[k]);
 
-    out = call("inspect", 2, {bytes({1, 2})});
+    out = call("what_module_sees", 2, {bytes({1, 2})});
     EXPECT_EQ(out[0].r(), 9.0);
     EXPECT_EQ(text_of(out[1]), "uint8");
 }

@@ -1,4 +1,4 @@
-/* [kind, data] = inspect(x): what the module sees of x. kind is the class number; data is
+/* [kind, data] = what_module_sees(x): what the module sees of x. kind is the class number; data is
  *   sparse:  [ir; pr] as a 2 x nnz matrix, then jc appended as a row of a second cell element
  *   string:  the text read with mxArrayToString, made again with mxCreateString
  *   complex: [real; imaginary] as a 2 x n matrix
@@ -10,7 +10,7 @@
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
     const mxArray* x;
     (void)nlhs;
-    if (nrhs != 1) mexErrMsgTxt("inspect: one input expected");
+    if (nrhs != 1) mexErrMsgTxt("what_module_sees: one input expected");
     x = prhs[0];
     plhs[0] = mxCreateDoubleScalar(mxGetClassID(x));
     if (mxIsSparse(x)) {
